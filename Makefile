@@ -1,0 +1,13 @@
+# The two commands of the README; everything else is reached through them.
+.PHONY: test demo deps
+deps:
+	@tools/install-deps
+
+# Installs what is missing, builds native, win64 and win32, runs all tests under one Xvfb.
+test: deps
+	@xvfb-run -a -s "-screen 0 1280x1024x24" tools/run-tests
+
+demo: deps
+	@echo "The editor control is not built yet: 'make demo' arrives with the control."
+	@echo "Until then 'make test' builds the libraries and runs every test."
+	@exit 1

@@ -1,0 +1,134 @@
+// The one door between the portable core and the operating system.
+//
+// src/support, src/colortable, src/locking and src/editor never include
+// <windows.h>; everything they need from the world goes through this interface.
+// src/win32 implements it with the real Windows calls. Tests use the real
+// implementation wherever the product meets the world; only the person at the
+// screen (ShowMessage) and the host application (HostCall) are played by tests.
+//
+// Conventions: paths and texts are UTF-8, paths use "\" as separator and are
+// built by plain concatenation. File contents are raw bytes, never converted.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tq {
+
+// Outcome of a file operation: ok, or the system's error code and description.
+struct IoStatus {
+  bool ok = true;
+  std::uint32_t code = 0;
+  std::string message;
+
+  explicit operator bool() const { return ok; }
+  static IoStatus Ok() { return {}; }
+  static IoStatus Fail(std::uint32_t code, std::string message) { return {false, code, std::move(message)}; }
+};
+
+// System error codes the core reacts to (the Windows values).
+constexpr std::uint32_t kErrFileNotFound = 2;
+constexpr std::uint32_t kErrPathNotFound = 3;
+constexpr std::uint32_t kErrAccessDenied = 5;
+constexpr std::uint32_t kErrSharingViolation = 32;
+constexpr std::uint32_t kErrDiskFull = 112;
+
+// File attribute bits.
+constexpr std::uint32_t kAttrNormal = 0;
+constexpr std::uint32_t kAttrReadOnly = 1;
+constexpr std::uint32_t kAttrHidden = 2;
+
+// Message box buttons, icons and results (the Windows values).
+constexpr int kMbOk = 0;
+constexpr int kMbYesNo = 4;
+constexpr int kMbIconCritical = 16;
+constexpr int kMbIconExclamation = 48;
+constexpr int kMbDefButton2 = 0x100;
+constexpr int kIdOk = 1;
+constexpr int kIdYes = 6;
+constexpr int kIdNo = 7;
+
+// Host call kinds (the host's list-communication object).
+constexpr int kHostEvaluate = 1;
+constexpr int kHostFileNotice = 2;
+constexpr int kHostRemoveFile = 3;
+constexpr int kHostCreateFolder = 4;
+constexpr int kHostRequest = 5;
+constexpr int kHostEvaluateAndNotify = 6;
+
+// An open write handle on a lock file. The handle shares reading and refuses a
+// second writer; destroying the object closes the handle and so gives the lock up.
+class LockHandle {
+ public:
+  virtual ~LockHandle() = default;
+  virtual IoStatus Write(std::string_view bytes) = 0;
+};
+
+class Platform {
+ public:
+  virtual ~Platform() = default;
+
+  // Files and folders.
+  virtual bool FileExists(const std::string& path) = 0;
+  virtual bool FolderExists(const std::string& path) = 0;
+  virtual IoStatus CreateFolder(const std::string& path) = 0;
+  // Names (no folder) of the plain files in a folder; empty when it cannot be listed.
+  virtual std::vector<std::string> ListFileNames(const std::string& folder) = 0;
+  // Whole content; succeeds also while another process holds the file open for writing.
+  virtual IoStatus ReadFile(const std::string& path, std::string& bytes) = 0;
+  // Creates or truncates the file and writes it; the data is on disk when this returns ok.
+  virtual IoStatus WriteNewFile(const std::string& path, std::string_view bytes) = 0;
+  // Puts source in the place of target in one step (target's attributes kept);
+  // on failure target is unchanged and source still exists.
+  virtual IoStatus MoveReplace(const std::string& source, const std::string& target) = 0;
+  virtual IoStatus CopyFileTo(const std::string& source, const std::string& target, bool overwrite) = 0;
+  virtual IoStatus RemoveFile(const std::string& path) = 0;
+  // Relative parts resolved against the current folder.
+  virtual std::string AbsolutePath(const std::string& path) = 0;
+  virtual IoStatus SetAttributes(const std::string& path, std::uint32_t attributes) = 0;
+  // Last-modified time in the user's locale, date and time (general date form).
+  virtual std::optional<std::string> LastWriteTimeText(const std::string& path) = 0;
+  // Opens (creating or truncating) a lock file for writing, shared for reading only.
+  // Returns null with the reason in status when another writer holds it or it cannot be made.
+  virtual std::unique_ptr<LockHandle> OpenLockFile(const std::string& path, IoStatus& status) = 0;
+
+  // Text in the system's 8-bit ANSI code page, for files that other tools read as such.
+  virtual std::string ToAnsi(std::string_view utf8) = 0;
+  virtual std::string FromAnsi(std::string_view ansi) = 0;
+
+  // INI files through the system's profile functions; a missing key, section or file gives "".
+  virtual std::string IniRead(const std::string& section, const std::string& key, const std::string& file) = 0;
+  virtual void IniWrite(const std::string& section, const std::string& key, const std::string& value,
+                        const std::string& file) = 0;
+  // The system-wide mutex "IniFileWrite" around writes of shared INI files.
+  virtual bool AcquireIniMutex() = 0;
+  virtual void ReleaseIniMutex() = 0;
+
+  // A string value under HKEY_LOCAL_MACHINE (32-bit view); "" when the key or value is missing.
+  virtual std::string RegReadString(const std::string& subkey, const std::string& value_name) = 0;
+
+  // Identity of this process, for the lock file.
+  virtual std::string WindowsUserName() = 0;
+  virtual std::string ComputerName() = 0;
+  virtual std::uint32_t ProcessId() = 0;
+  virtual std::uint32_t SessionId() = 0;
+
+  // The localised message box; returns kIdOk, kIdYes or kIdNo. On return buttons
+  // holds buttons + style as passed to the system.
+  virtual int ShowMessage(const std::string& prompt, int& buttons, int style, const std::string& title) = 0;
+  // A numbered call to the host (kHost...); false when there is no host or it failed.
+  virtual bool HostCall(int kind, const std::string& text) = 0;
+
+  // Language libraries: the folder of the control library (no trailing "\"),
+  // loading a library (null on failure; never unloaded), and one string of it
+  // ("" when the library lacks the ID; at most 254 characters).
+  virtual std::string ModuleFolder() = 0;
+  virtual const void* LoadLibraryFile(const std::string& path) = 0;
+  virtual std::string LibraryString(const void* library, int id) = 0;
+};
+
+}  // namespace tq

@@ -1,0 +1,51 @@
+#include "support/utils.h"
+
+#include "support/platform.h"
+
+namespace tq {
+
+std::string FormatClutComponent(std::int16_t value) {
+  std::string field;
+  if (value < 0)
+    field = " ";
+  else if (value < 10)
+    field = "  ";
+  else if (value < 100)
+    field = " ";
+  field += std::to_string(value);
+  field += "  ";
+  return field;
+}
+
+std::string FileNameOf(std::string_view path) {
+  const auto slash = path.rfind('\\');
+  return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
+}
+
+std::string FolderOf(std::string_view path) {
+  const auto slash = path.rfind('\\');
+  return slash == std::string_view::npos ? std::string() : std::string(path.substr(0, slash + 1));
+}
+
+std::string UpperAscii(std::string_view text) {
+  std::string upper(text);
+  for (char& c : upper)
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  return upper;
+}
+
+bool EqualsIgnoreCase(std::string_view a, std::string_view b) { return UpperAscii(a) == UpperAscii(b); }
+
+bool CreateFolderViaHost(Platform& platform, const std::string& folder) {
+  if (platform.FolderExists(folder)) return true;
+  platform.HostCall(kHostCreateFolder, folder);
+  return platform.FolderExists(folder);
+}
+
+bool EnsureFolderOf(Platform& platform, std::string_view path) {
+  const std::string folder = FolderOf(path);
+  if (folder.empty()) return false;
+  return CreateFolderViaHost(platform, folder);
+}
+
+}  // namespace tq

@@ -1,0 +1,50 @@
+// Small colour, text and path helpers shared by the whole control.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace tq {
+
+class Platform;
+
+// a if b is less than a, else b (ties give b).
+template <typename T>
+const T& Max(const T& a, const T& b) {
+  return b < a ? a : b;
+}
+
+// The bytes of a colour value 0x00BBGGRR.
+inline std::int16_t RedOf(std::int32_t colour) { return static_cast<std::int16_t>(colour & 0xFF); }
+inline std::int16_t GreenOf(std::int32_t colour) { return static_cast<std::int16_t>((colour >> 8) & 0xFF); }
+inline std::int16_t BlueOf(std::int32_t colour) { return static_cast<std::int16_t>((colour >> 16) & 0xFF); }
+
+// One colour-table field: right-aligned to width 3 ("  5", " 42", "255", " -1"), then two blanks.
+std::string FormatClutComponent(std::int16_t value);
+
+// The text after the last "\"; the whole path when there is none.
+std::string FileNameOf(std::string_view path);
+// The text up to and including the last "\"; "" when there is none.
+std::string FolderOf(std::string_view path);
+
+inline void SwapStrings(std::string& a, std::string& b) { std::swap(a, b); }
+
+// Upper-cased copy (ASCII letters only, as file-name comparisons need).
+std::string UpperAscii(std::string_view text);
+bool EqualsIgnoreCase(std::string_view a, std::string_view b);
+
+// Asks the host (host call "create folder") to create a folder the control needs,
+// and reports whether the folder exists afterwards.
+bool CreateFolderViaHost(Platform& platform, const std::string& folder);
+
+// True when the folder of `path` (up to its last "\") exists or could be created
+// through the host; false for a path without "\".
+bool EnsureFolderOf(Platform& platform, std::string_view path);
+
+inline void AppendString(std::vector<std::string>& array, std::string text) { array.push_back(std::move(text)); }
+inline bool IsArrayEmpty(const std::vector<std::string>& array) { return array.empty(); }
+
+}  // namespace tq

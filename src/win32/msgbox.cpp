@@ -1,0 +1,60 @@
+#include "win32/msgbox.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <limits>
+
+#include "support/localization.h"
+#include "win32/text.h"
+
+namespace tq::win {
+
+namespace {
+
+// Per thread: a box on one thread never disturbs another.
+thread_local int t_button_set = 0;
+thread_local HHOOK t_hook = nullptr;
+
+void SetItemText(HWND box, int item, int string_id) {
+  SetDlgItemTextW(box, item, Widen(GetString(string_id)).c_str());
+}
+
+// Catches the box as it is activated, before it is seen, puts the localised captions
+// on its buttons and removes itself.
+LRESULT CALLBACK CaptionHook(int code, WPARAM wparam, LPARAM) {
+  if (code == HCBT_ACTIVATE) {
+    HWND box = reinterpret_cast<HWND>(wparam);
+    if (t_button_set == MB_OK) {
+      SetItemText(box, IDOK, 1551);
+    } else if (t_button_set == MB_YESNO) {
+      SetItemText(box, IDYES, 1552);
+      SetItemText(box, IDNO, 1553);
+    }
+    UnhookWindowsHookEx(t_hook);
+    t_hook = nullptr;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int ShowMessage(const std::string& prompt, int& buttons, int style, const std::string& title) {
+  t_button_set = buttons;
+  const long long combined = static_cast<long long>(buttons) + style;
+  if (combined < std::numeric_limits<std::int16_t>::min() || combined > std::numeric_limits<std::int16_t>::max())
+    return 0;  // the caller's 16-bit style cannot hold it: an error, not a box
+  buttons = static_cast<int>(combined);
+
+  HWND owner = GetActiveWindow();
+  if (t_hook) UnhookWindowsHookEx(t_hook);  // a hook left by a box that never activated
+  t_hook = SetWindowsHookExW(WH_CBT, CaptionHook, nullptr, GetCurrentThreadId());
+  const int result = MessageBoxW(owner, Widen(prompt).c_str(), Widen(title).c_str(), static_cast<UINT>(buttons));
+  if (t_hook) {  // the box failed before it was activated
+    UnhookWindowsHookEx(t_hook);
+    t_hook = nullptr;
+  }
+  return result;
+}
+
+}  // namespace tq::win

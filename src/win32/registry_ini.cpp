@@ -1,0 +1,66 @@
+#include "win32/registry_ini.h"
+
+#include <vector>
+
+#include "win32/text.h"
+
+namespace tq::win {
+
+std::string RegReadString(HKEY root, const std::string& subkey, const std::string& value_name) {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(root, Widen(subkey).c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key) != ERROR_SUCCESS)
+    return {};
+  wchar_t buffer[255] = {};
+  DWORD size = sizeof(buffer);
+  DWORD type = 0;
+  const LONG rc =
+      RegQueryValueExW(key, Widen(value_name).c_str(), nullptr, &type, reinterpret_cast<BYTE*>(buffer), &size);
+  RegCloseKey(key);
+  if (rc != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ)) return {};
+  // The stored size may or may not count a terminator: take what is there up to the first NUL.
+  std::wstring_view text(buffer, size / sizeof(wchar_t));
+  text = text.substr(0, text.find(L'\0'));
+  return Narrow(text);
+}
+
+std::string IniRead(const std::string& section, const std::string& key, const std::string& file) {
+  const std::wstring wsection = Widen(section), wkey = Widen(key), wfile = Widen(file);
+  std::vector<wchar_t> buffer(255);
+  for (;;) {
+    const DWORD n = GetPrivateProfileStringW(wsection.c_str(), wkey.c_str(), L"", buffer.data(),
+                                             static_cast<DWORD>(buffer.size()), wfile.c_str());
+    // n == size - 1 means the value may have been cut: try again with twice the room.
+    if (n + 1 < buffer.size()) return Narrow(std::wstring_view(buffer.data(), n));
+    buffer.assign(buffer.size() * 2, L'\0');
+  }
+}
+
+void IniWrite(const std::string& section, const std::string& key, const std::string& value, const std::string& file) {
+  WritePrivateProfileStringW(Widen(section).c_str(), Widen(key).c_str(), Widen(value).c_str(), Widen(file).c_str());
+}
+
+namespace {
+thread_local HANDLE t_ini_mutex = nullptr;
+}
+
+bool AcquireIniMutex(DWORD timeout_ms) {
+  if (!t_ini_mutex) {
+    t_ini_mutex = CreateMutexW(nullptr, FALSE, L"IniFileWrite");
+    if (t_ini_mutex && GetLastError() == ERROR_ALREADY_EXISTS) {
+      CloseHandle(t_ini_mutex);
+      t_ini_mutex = OpenMutexW(MUTEX_ALL_ACCESS, FALSE, L"IniFileWrite");
+    }
+  }
+  if (!t_ini_mutex) return false;
+  // Signalled (0) and a failed wait (-1) both count as held; time-out and abandoned do not.
+  return static_cast<LONG>(WaitForSingleObject(t_ini_mutex, timeout_ms)) <= 0;
+}
+
+void ReleaseIniMutex() {
+  if (!t_ini_mutex) return;
+  ReleaseMutex(t_ini_mutex);
+  CloseHandle(t_ini_mutex);
+  t_ini_mutex = nullptr;
+}
+
+}  // namespace tq::win

@@ -1,0 +1,239 @@
+#include "win32/win_platform.h"
+
+#include "win32/msgbox.h"
+#include "win32/registry_ini.h"
+#include "win32/text.h"
+
+namespace tq::win {
+
+namespace {
+
+IoStatus LastError() {
+  const DWORD code = GetLastError();
+  return IoStatus::Fail(code, ErrorText(code));
+}
+
+IoStatus Check(BOOL ok) { return ok ? IoStatus::Ok() : LastError(); }
+
+// Closes a handle when it goes out of scope.
+struct Handle {
+  HANDLE h;
+  explicit Handle(HANDLE handle) : h(handle) {}
+  ~Handle() {
+    if (valid()) CloseHandle(h);
+  }
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+  bool valid() const { return h != INVALID_HANDLE_VALUE && h != nullptr; }
+};
+
+class WinLockHandle : public LockHandle {
+ public:
+  explicit WinLockHandle(HANDLE h) : handle_(h) {}
+  IoStatus Write(std::string_view bytes) override {
+    DWORD written = 0;
+    if (!WriteFile(handle_.h, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) return LastError();
+    return written == bytes.size() ? IoStatus::Ok() : IoStatus::Fail(ERROR_WRITE_FAULT, ErrorText(ERROR_WRITE_FAULT));
+  }
+
+ private:
+  Handle handle_;
+};
+
+DWORD Attributes(const std::string& path) { return GetFileAttributesW(Widen(path).c_str()); }
+
+}  // namespace
+
+WinPlatform& WinPlatform::Instance() {
+  static WinPlatform instance;
+  return instance;
+}
+
+bool WinPlatform::FileExists(const std::string& path) {
+  const DWORD a = Attributes(path);
+  return a != INVALID_FILE_ATTRIBUTES && !(a & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+bool WinPlatform::FolderExists(const std::string& path) {
+  const DWORD a = Attributes(path);
+  return a != INVALID_FILE_ATTRIBUTES && (a & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+IoStatus WinPlatform::CreateFolder(const std::string& path) { return Check(CreateDirectoryW(Widen(path).c_str(), nullptr)); }
+
+std::vector<std::string> WinPlatform::ListFileNames(const std::string& folder) {
+  std::vector<std::string> names;
+  std::string pattern = folder;
+  if (!pattern.empty() && pattern.back() != '\\') pattern += '\\';
+  WIN32_FIND_DATAW data;
+  HANDLE find = FindFirstFileW(Widen(pattern + "*").c_str(), &data);
+  if (find == INVALID_HANDLE_VALUE) return names;
+  do {
+    if (!(data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) names.push_back(Narrow(data.cFileName));
+  } while (FindNextFileW(find, &data));
+  FindClose(find);
+  return names;
+}
+
+IoStatus WinPlatform::ReadFile(const std::string& path, std::string& bytes) {
+  bytes.clear();
+  Handle file(CreateFileW(Widen(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                          nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file.valid()) return LastError();
+  LARGE_INTEGER size;
+  if (!GetFileSizeEx(file.h, &size)) return LastError();
+  if (size.QuadPart > 0x7FFFFFFF) return IoStatus::Fail(ERROR_FILE_TOO_LARGE, ErrorText(ERROR_FILE_TOO_LARGE));
+  bytes.resize(static_cast<size_t>(size.QuadPart));
+  size_t done = 0;
+  while (done < bytes.size()) {
+    DWORD got = 0;
+    if (!::ReadFile(file.h, bytes.data() + done, static_cast<DWORD>(bytes.size() - done), &got, nullptr)) return LastError();
+    if (got == 0) break;  // the file shrank while we read
+    done += got;
+  }
+  bytes.resize(done);
+  return IoStatus::Ok();
+}
+
+IoStatus WinPlatform::WriteNewFile(const std::string& path, std::string_view bytes) {
+  Handle file(CreateFileW(Widen(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file.valid()) return LastError();
+  size_t done = 0;
+  while (done < bytes.size()) {
+    DWORD written = 0;
+    const DWORD chunk = static_cast<DWORD>(std::min<size_t>(bytes.size() - done, 1u << 30));
+    if (!WriteFile(file.h, bytes.data() + done, chunk, &written, nullptr)) return LastError();
+    done += written;
+  }
+  if (!FlushFileBuffers(file.h)) return LastError();
+  return IoStatus::Ok();
+}
+
+IoStatus WinPlatform::MoveReplace(const std::string& source, const std::string& target) {
+  const std::wstring wsource = Widen(source), wtarget = Widen(target);
+  if (GetFileAttributesW(wtarget.c_str()) == INVALID_FILE_ATTRIBUTES)
+    return Check(MoveFileExW(wsource.c_str(), wtarget.c_str(), MOVEFILE_WRITE_THROUGH));
+  // A read-only target is refused here rather than silently overwritten.
+  if (GetFileAttributesW(wtarget.c_str()) & FILE_ATTRIBUTE_READONLY)
+    return IoStatus::Fail(ERROR_ACCESS_DENIED, ErrorText(ERROR_ACCESS_DENIED));
+  return Check(::ReplaceFileW(wtarget.c_str(), wsource.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr));
+}
+
+IoStatus WinPlatform::CopyFileTo(const std::string& source, const std::string& target, bool overwrite) {
+  return Check(CopyFileW(Widen(source).c_str(), Widen(target).c_str(), overwrite ? FALSE : TRUE));
+}
+
+IoStatus WinPlatform::RemoveFile(const std::string& path) { return Check(DeleteFileW(Widen(path).c_str())); }
+
+std::string WinPlatform::AbsolutePath(const std::string& path) {
+  const std::wstring wpath = Widen(path);
+  const DWORD n = GetFullPathNameW(wpath.c_str(), 0, nullptr, nullptr);
+  if (n == 0) return path;
+  std::wstring full(n, L'\0');
+  const DWORD m = GetFullPathNameW(wpath.c_str(), n, full.data(), nullptr);
+  full.resize(m);
+  return Narrow(full);
+}
+
+IoStatus WinPlatform::SetAttributes(const std::string& path, std::uint32_t attributes) {
+  // 0 means normal: SetFileAttributes wants FILE_ATTRIBUTE_NORMAL for that.
+  return Check(SetFileAttributesW(Widen(path).c_str(), attributes ? attributes : FILE_ATTRIBUTE_NORMAL));
+}
+
+std::optional<std::string> WinPlatform::LastWriteTimeText(const std::string& path) {
+  WIN32_FILE_ATTRIBUTE_DATA data;
+  if (!GetFileAttributesExW(Widen(path).c_str(), GetFileExInfoStandard, &data)) return std::nullopt;
+  SYSTEMTIME utc, local;
+  if (!FileTimeToSystemTime(&data.ftLastWriteTime, &utc) || !SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local))
+    return std::nullopt;
+  wchar_t date[128], time[128];
+  if (!GetDateFormatW(LOCALE_USER_DEFAULT, DATE_SHORTDATE, &local, nullptr, date, 128) ||
+      !GetTimeFormatW(LOCALE_USER_DEFAULT, 0, &local, nullptr, time, 128))
+    return std::nullopt;
+  return Narrow(std::wstring(date) + L" " + time);
+}
+
+std::unique_ptr<LockHandle> WinPlatform::OpenLockFile(const std::string& path, IoStatus& status) {
+  // Write access shared for reading only: a second writer gets a sharing violation,
+  // while a refused party can still read who holds the lock.
+  HANDLE h = CreateFileW(Widen(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
+                         FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (h == INVALID_HANDLE_VALUE) {
+    status = LastError();
+    return nullptr;
+  }
+  status = IoStatus::Ok();
+  return std::make_unique<WinLockHandle>(h);
+}
+
+std::string WinPlatform::ToAnsi(std::string_view utf8) { return Narrow(Widen(utf8), CP_ACP); }
+std::string WinPlatform::FromAnsi(std::string_view ansi) { return Narrow(Widen(ansi, CP_ACP)); }
+
+std::string WinPlatform::IniRead(const std::string& section, const std::string& key, const std::string& file) {
+  return win::IniRead(section, key, file);
+}
+
+void WinPlatform::IniWrite(const std::string& section, const std::string& key, const std::string& value,
+                           const std::string& file) {
+  win::IniWrite(section, key, value, file);
+}
+
+bool WinPlatform::AcquireIniMutex() { return win::AcquireIniMutex(ini_mutex_timeout_ms_); }
+void WinPlatform::ReleaseIniMutex() { win::ReleaseIniMutex(); }
+
+std::string WinPlatform::RegReadString(const std::string& subkey, const std::string& value_name) {
+  return win::RegReadString(HKEY_LOCAL_MACHINE, subkey, value_name);
+}
+
+std::string WinPlatform::WindowsUserName() {
+  wchar_t buffer[256] = {};
+  DWORD size = 255;
+  return GetUserNameW(buffer, &size) ? Narrow(buffer) : std::string();
+}
+
+std::string WinPlatform::ComputerName() {
+  wchar_t buffer[256] = {};
+  DWORD size = 255;
+  return GetComputerNameW(buffer, &size) ? Narrow(buffer) : std::string();
+}
+
+std::uint32_t WinPlatform::ProcessId() { return GetCurrentProcessId(); }
+
+std::uint32_t WinPlatform::SessionId() {
+  DWORD session = 0;
+  ProcessIdToSessionId(GetCurrentProcessId(), &session);
+  return session;
+}
+
+int WinPlatform::ShowMessage(const std::string& prompt, int& buttons, int style, const std::string& title) {
+  return win::ShowMessage(prompt, buttons, style, title);
+}
+
+bool WinPlatform::HostCall(int kind, const std::string& text) { return host_ ? host_(kind, text) : false; }
+
+std::string WinPlatform::ModuleFolder() {
+  HMODULE self = nullptr;
+  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                     reinterpret_cast<LPCWSTR>(&WinPlatform::Instance), &self);
+  std::wstring path(MAX_PATH, L'\0');
+  for (;;) {
+    const DWORD n = GetModuleFileNameW(self, path.data(), static_cast<DWORD>(path.size()));
+    if (n < path.size()) {
+      path.resize(n);
+      break;
+    }
+    path.resize(path.size() * 2);
+  }
+  const auto slash = path.rfind(L'\\');
+  return Narrow(slash == std::wstring::npos ? path : path.substr(0, slash));
+}
+
+const void* WinPlatform::LoadLibraryFile(const std::string& path) { return LoadLibraryW(Widen(path).c_str()); }
+
+std::string WinPlatform::LibraryString(const void* library, int id) {
+  wchar_t buffer[255];
+  const int n = LoadStringW(static_cast<HMODULE>(const_cast<void*>(library)), static_cast<UINT>(id), buffer, 255);
+  return n > 0 ? Narrow(std::wstring_view(buffer, static_cast<size_t>(n))) : std::string();
+}
+
+}  // namespace tq::win

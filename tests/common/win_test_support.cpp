@@ -1,0 +1,215 @@
+#include "common/win_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "win32/text.h"
+
+namespace tq::test {
+
+std::wstring W(const std::string& utf8) { return win::Widen(utf8); }
+std::string U8(const std::wstring& wide) { return win::Narrow(wide); }
+
+namespace {
+
+void RemoveTreeW(const std::wstring& folder) {
+  WIN32_FIND_DATAW data;
+  HANDLE find = FindFirstFileW((folder + L"*").c_str(), &data);
+  if (find != INVALID_HANDLE_VALUE) {
+    do {
+      const std::wstring name = data.cFileName;
+      if (name == L"." || name == L"..") continue;
+      const std::wstring full = folder + name;
+      if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
+        SetFileAttributesW(full.c_str(), FILE_ATTRIBUTE_NORMAL);
+        RemoveTreeW(full + L"\\");
+      } else {
+        SetFileAttributesW(full.c_str(), FILE_ATTRIBUTE_NORMAL);
+        DeleteFileW(full.c_str());
+      }
+    } while (FindNextFileW(find, &data));
+    FindClose(find);
+  }
+  SetFileAttributesW(folder.c_str(), FILE_ATTRIBUTE_NORMAL);
+  RemoveDirectoryW(folder.c_str());
+}
+
+}  // namespace
+
+void RemoveTree(const std::string& folder) { RemoveTreeW(W(folder)); }
+
+std::string CreateTempFolder() {
+  wchar_t temp[MAX_PATH];
+  GetTempPathW(MAX_PATH, temp);
+  static std::atomic<int> counter{0};
+  for (;;) {
+    std::wstring candidate = std::wstring(temp) + L"tqtest_" + std::to_wstring(GetCurrentProcessId()) + L"_" +
+                             std::to_wstring(counter++) + L"_" + std::to_wstring(GetTickCount());
+    if (CreateDirectoryW(candidate.c_str(), nullptr)) return U8(candidate) + "\\";
+  }
+}
+
+TempFolder::TempFolder() : path_(CreateTempFolder()) {}
+TempFolder::~TempFolder() { RemoveTree(path_); }
+
+std::string ExeFolder() {
+  wchar_t path[MAX_PATH];
+  const DWORD n = GetModuleFileNameW(nullptr, path, MAX_PATH);
+  std::wstring p(path, n);
+  return U8(p.substr(0, p.rfind(L'\\') + 1));
+}
+
+std::string BuildFolder() {
+  std::string bin = ExeFolder();
+  bin.pop_back();
+  return bin.substr(0, bin.rfind('\\') + 1);
+}
+
+std::string ReadBytes(const std::string& path) {
+  std::ifstream in(std::filesystem::path(W(path)), std::ios::binary);
+  std::stringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+void WriteBytes(const std::string& path, const std::string& bytes) {
+  std::ofstream out(std::filesystem::path(W(path)), std::ios::binary | std::ios::trunc);
+  out << bytes;
+  if (!out) ADD_FAILURE() << "cannot write " << path;
+}
+
+void CopyTree(const std::string& from, const std::string& to) {
+  CreateDirectoryW(W(to).c_str(), nullptr);
+  WIN32_FIND_DATAW data;
+  HANDLE find = FindFirstFileW(W(from + "*").c_str(), &data);
+  if (find == INVALID_HANDLE_VALUE) return;
+  do {
+    const std::string name = U8(data.cFileName);
+    if (name == "." || name == "..") continue;
+    if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+      CopyTree(from + name + "\\", to + name + "\\");
+    else
+      CopyFileW(W(from + name).c_str(), W(to + name).c_str(), FALSE);
+  } while (FindNextFileW(find, &data));
+  FindClose(find);
+}
+
+HelperProcess::HelperProcess(const std::string& command, const std::vector<std::string>& args,
+                             DWORD ready_timeout_ms) {
+  static std::atomic<int> counter{0};
+  const std::string event_name =
+      "TqHelperReady_" + std::to_string(GetCurrentProcessId()) + "_" + std::to_string(counter++);
+  HANDLE ready = CreateEventW(nullptr, TRUE, FALSE, W(event_name).c_str());
+  std::string line = "\"" + ExeFolder() + "tq_test_helper.exe\" " + command + " " + event_name;
+  for (const auto& a : args) line += " \"" + a + "\"";
+  std::wstring wline = W(line);
+  STARTUPINFOW si{};
+  si.cb = sizeof(si);
+  if (!CreateProcessW(nullptr, wline.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &info_)) {
+    ADD_FAILURE() << "cannot start helper: " << line;
+    CloseHandle(ready);
+    return;
+  }
+  HANDLE waits[2] = {ready, info_.hProcess};
+  ready_ = WaitForMultipleObjects(2, waits, FALSE, ready_timeout_ms) == WAIT_OBJECT_0;
+  CloseHandle(ready);
+}
+
+HelperProcess::~HelperProcess() {
+  if (!info_.hProcess) return;
+  if (WaitForSingleObject(info_.hProcess, 0) == WAIT_TIMEOUT) Kill();
+  CloseHandle(info_.hProcess);
+  CloseHandle(info_.hThread);
+}
+
+int HelperProcess::Wait(DWORD timeout_ms) {
+  if (!info_.hProcess || WaitForSingleObject(info_.hProcess, timeout_ms) != WAIT_OBJECT_0) return -1;
+  DWORD code = 0;
+  GetExitCodeProcess(info_.hProcess, &code);
+  return static_cast<int>(code);
+}
+
+void HelperProcess::Kill() {
+  if (!info_.hProcess) return;
+  TerminateProcess(info_.hProcess, 99);
+  WaitForSingleObject(info_.hProcess, 10000);
+}
+
+void SignalReady(const std::string& event_name) {
+  HANDLE ready = OpenEventW(EVENT_MODIFY_STATE, FALSE, W(event_name).c_str());
+  if (ready) {
+    SetEvent(ready);
+    CloseHandle(ready);
+  }
+}
+
+namespace {
+
+struct FindState {
+  std::wstring title;
+  HWND found = nullptr;
+};
+
+BOOL CALLBACK FindWindowProc(HWND window, LPARAM param) {
+  auto* state = reinterpret_cast<FindState*>(param);
+  DWORD pid = 0;
+  GetWindowThreadProcessId(window, &pid);
+  if (pid == GetCurrentProcessId() && IsWindowVisible(window) && WindowText(window) == state->title) {
+    state->found = window;
+    return FALSE;
+  }
+  return TRUE;
+}
+
+}  // namespace
+
+HWND WaitForWindow(const std::wstring& title, DWORD timeout_ms) {
+  const ULONGLONG end = GetTickCount64() + timeout_ms;
+  do {
+    FindState state{title};
+    EnumWindows(FindWindowProc, reinterpret_cast<LPARAM>(&state));
+    if (state.found) return state.found;
+    Sleep(50);
+  } while (GetTickCount64() < end);
+  return nullptr;
+}
+
+std::wstring WindowText(HWND window) {
+  wchar_t buffer[4096];
+  const int n = GetWindowTextW(window, buffer, 4096);
+  return std::wstring(buffer, n > 0 ? n : 0);
+}
+
+std::wstring ItemText(HWND dialog, int item) {
+  HWND control = GetDlgItem(dialog, item);
+  return control ? WindowText(control) : std::wstring();
+}
+
+void PressButton(HWND dialog, int item) {
+  PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(item, BN_CLICKED), reinterpret_cast<LPARAM>(GetDlgItem(dialog, item)));
+}
+
+std::future<BoxSeen> AnswerMessageBox(const std::wstring& title, int item) {
+  return std::async(std::launch::async, [title, item] {
+    BoxSeen seen;
+    HWND box = WaitForWindow(title);
+    if (!box) return seen;
+    Sleep(100);  // let the box finish its activation, as a person would need to anyway
+    seen.found = true;
+    seen.title = WindowText(box);
+    seen.text = ItemText(box, 0xFFFF);
+    seen.ok = ItemText(box, IDOK);
+    seen.yes = ItemText(box, IDYES);
+    seen.no = ItemText(box, IDNO);
+    seen.cancel = ItemText(box, IDCANCEL);
+    PressButton(box, item);
+    return seen;
+  });
+}
+
+}  // namespace tq::test

@@ -1,0 +1,85 @@
+// What the Windows tests share: temporary folders, the helper process, and UI
+// automation of the windows our code puts up (message boxes first of all).
+#pragma once
+
+#include <windows.h>
+
+#include <chrono>
+#include <functional>
+#include <future>
+#include <string>
+#include <vector>
+
+namespace tq::test {
+
+// A fresh folder under the user's temp folder, removed with everything in it.
+// path() ends with "\".
+class TempFolder {
+ public:
+  TempFolder();
+  ~TempFolder();
+  TempFolder(const TempFolder&) = delete;
+  TempFolder& operator=(const TempFolder&) = delete;
+  const std::string& path() const { return path_; }
+  std::string operator/(const std::string& name) const { return path_ + name; }
+
+ private:
+  std::string path_;
+};
+
+// A new, empty folder under the user's temp folder (trailing "\"), and its removal.
+std::string CreateTempFolder();
+void RemoveTree(const std::string& folder);
+
+// Folder of the running test executable, with trailing "\" (the build's bin folder).
+std::string ExeFolder();
+// The build folder (parent of bin), with trailing "\".
+std::string BuildFolder();
+
+std::string ReadBytes(const std::string& path);
+void WriteBytes(const std::string& path, const std::string& bytes);
+void CopyTree(const std::string& from, const std::string& to);  // folders with trailing "\"
+
+// The test helper executable as a second process. The helper signals readiness by
+// setting the event named in its first argument.
+class HelperProcess {
+ public:
+  // Starts tq_test_helper.exe <command> <ready-event> <args...> and waits until it is ready.
+  HelperProcess(const std::string& command, const std::vector<std::string>& args,
+                DWORD ready_timeout_ms = 20000);
+  ~HelperProcess();  // kills the process if it still runs
+  bool ready() const { return ready_; }
+  // Waits for the end; returns the exit code, or -1 on time-out.
+  int Wait(DWORD timeout_ms = 30000);
+  void Kill();
+  DWORD pid() const { return info_.dwProcessId; }
+
+ private:
+  PROCESS_INFORMATION info_{};
+  bool ready_ = false;
+};
+
+// Signals the helper's readiness event given on its command line.
+void SignalReady(const std::string& event_name);
+
+// A visible top-level window of this process with exactly this title; null when none
+// appears within the time-out.
+HWND WaitForWindow(const std::wstring& title, DWORD timeout_ms = 20000);
+std::wstring WindowText(HWND window);
+std::wstring ItemText(HWND dialog, int item);
+// Presses a dialog button as a user would (the dialog receives the button's command).
+void PressButton(HWND dialog, int item);
+
+// What an automated user saw on a message box and which button it pressed.
+struct BoxSeen {
+  bool found = false;
+  std::wstring title, text;
+  std::wstring ok, yes, no, cancel;  // captions of items 1, 6, 7 and 2 (empty when absent)
+};
+// Starts a thread that waits for a box with `title`, records it and presses `item`.
+std::future<BoxSeen> AnswerMessageBox(const std::wstring& title, int item);
+
+std::wstring W(const std::string& utf8);
+std::string U8(const std::wstring& wide);
+
+}  // namespace tq::test
