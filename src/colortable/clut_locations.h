@@ -1,0 +1,72 @@
+// Where colour table files live: the toolkit's home and its etc folder, the
+// application's colour scheme folder, FrameWindow.ini and the colour scheme list.
+//
+// The module state (scheme folder, INI paths, remembered colour table, scheme list)
+// is per thread, as all module state of the control: each user-interface thread of
+// a host has its own editor session. ResetColorSchemeModule clears it (tests).
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "colortable/color_table.h"
+#include "support/platform.h"
+
+namespace tq {
+
+constexpr const char* kDVHomeKey = "SOFTWARE\\DataViews\\DVtools\\2.6";
+constexpr int kMaxColorSchemes = 50;
+
+struct ColorSchemeModule {
+  std::string scheme_folder;  // with trailing "\", "" until set
+  std::string user_ini, app_ini, factory_ini, write_target;
+  std::string remembered_lookup;  // cleared at the start of a remembering lookup
+  std::string remembered_path;    // compared on write-back
+  std::array<std::string, kMaxColorSchemes + 1> schemes;  // "" is a free slot
+};
+ColorSchemeModule& ThisThreadColorSchemes();
+void ResetColorSchemeModule();
+
+// The toolkit home from the registry; "" with message 1315 and ClutError when missing.
+std::string GetDVHome(Platform& platform, ColorTableState& state);
+// home + "\etc\QLT830_colors.clut", or "" without a home.
+std::string GetDefaultClutFile(Platform& platform, ColorTableState& state);
+// "C:\sc\" when the home has "\sc\" at character 3, else "".
+std::string InstallationRoot(const std::string& home);
+
+// The ClutFileName setter: "" means the default file; an existing file is stored by
+// its absolute path, a missing one as given.
+void SetClutFileName(Platform& platform, ColorTableState& state, const std::string& value);
+
+void SetColorSchemeFolder(const std::string& folder);  // appends "\"; "" leaves it unchanged
+std::string GetColorSchemeFolder();
+
+// The copy of global colour tables (at most 50, prefix "QLT830_") and their reference
+// files from global_folder into scheme_folder. An application copy is never
+// overwritten; a reference file is refreshed when its version differs. The scheme
+// folder is made through the host (call 4); each copied file is reported (call 2).
+// Returns the number of files copied.
+int SyncClutFiles(Platform& platform, const std::string& global_folder, const std::string& scheme_folder);
+// The same from GetDVHome + "\etc\" into the module's scheme folder.
+int SyncClutFilesFromGlobalToApp(Platform& platform, ColorTableState& state);
+
+// AppFolder and UserFolder end with "\".
+void SetIniPaths(Platform& platform, const std::string& app_folder, const std::string& user_folder);
+// Sets the scheme folder, synchronises, sets the INI paths and resolves ClutFileName.
+std::string InitColorSchemes(Platform& platform, ColorTableState& state, const std::string& app_folder,
+                             const std::string& user_folder, const std::string& clut_path);
+
+// The colour table named by FrameWindow.ini (user, application, factory).
+std::string GetIniClutFile(Platform& platform, bool remember);
+// Writes the remembered file's name into the application's FrameWindow.ini under the
+// "IniFileWrite" mutex when the settings name another file. Returns whether it wrote.
+bool SaveIniClutFile(Platform& platform);
+// The colour table the editor settled on (a scheme switch), which SaveIniClutFile records.
+void SetRememberedClutFile(const std::string& path);
+
+void LoadColorSchemeList(Platform& platform);
+std::string GetColorSchemeAt(int position);
+bool FindColorScheme(const std::string& path, int& position);
+bool CanAddColorScheme();
+
+}  // namespace tq

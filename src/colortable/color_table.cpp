@@ -1,0 +1,169 @@
+#include "colortable/color_table.h"
+
+#include "colortable/clut_locations.h"
+#include "support/localization.h"
+#include "support/utils.h"
+
+namespace tq {
+
+namespace {
+
+void Tell(Platform& platform, const std::string& prompt) {
+  int buttons = kMbOk;
+  platform.ShowMessage(prompt, buttons, kMbIconCritical, GetString(1301));
+}
+
+void TellWriteFailed(Platform& platform, const std::string& path, const IoStatus& status) {
+  Tell(platform, GetString(1312) + path + "\r\n" + status.message + "\r\n\r\n" + GetString(1313));
+}
+
+// The first 286 lines of a file; nullopt when it cannot be read.
+std::optional<std::vector<std::string>> ReadClutLines(Platform& platform, const std::string& path) {
+  std::string bytes;
+  if (!platform.ReadFile(path, bytes)) return std::nullopt;
+  return SplitClutLines(bytes, kClutIndexCount).lines;
+}
+
+}  // namespace
+
+IoStatus ReplaceFileContent(Platform& platform, const std::string& target, std::string_view bytes) {
+  // A name of our own process beside the target: same volume, so the move is one
+  // step, and a second process saving at the same moment never shares it.
+  const std::string temp = target + "." + std::to_string(platform.ProcessId()) + ".tmp";
+  IoStatus status = platform.WriteNewFile(temp, bytes);
+  if (status) status = platform.MoveReplace(temp, target);
+  if (!status && platform.FileExists(temp)) platform.RemoveFile(temp);
+  return status;
+}
+
+bool LoadColorTable(Platform& platform, ColorTableState& state, bool update_rows) {
+  const std::string& path = state.ClutFileName;
+  if (!platform.FileExists(path)) {
+    Tell(platform, GetString(1305) + path);
+    state.ClutError = true;
+    return false;
+  }
+  CheckClutVersion(platform, state, false);
+  std::string bytes;
+  if (IoStatus status = platform.ReadFile(path, bytes); !status) {
+    Tell(platform, GetString(1316) + path + "\r\n" + status.message);
+    state.ClutError = true;
+    return false;
+  }
+  const std::vector<std::string> lines = SplitClutLines(bytes, kClutIndexCount).lines;
+  for (int i = 0; i < kClutIndexCount; ++i) {
+    const std::int32_t value = i < static_cast<int>(lines.size()) ? ParseClutLine(lines[i]) : kClutUnreadable;
+    if (update_rows && state.ColorRowMap[i] != -1) {
+      RowColour& row = state.rows[i];
+      row.kind = value == kClutUnreadable ? RowColour::Kind::Unreadable
+                 : value == kClutNotDefined ? RowColour::Kind::NotDefined
+                                            : RowColour::Kind::Colour;
+      if (value >= 0) row.colour = value;
+    }
+    if (value != kClutUnreadable) state.ColorIndexValue[i] = value;
+  }
+  return true;
+}
+
+ClutNewLines BuildClutSaveLines(const ColorTableState& state) {
+  ClutNewLines lines;
+  // An unreadable row is written with the colour of the row handled before it, as
+  // the editor always did: there is no value of its own to write.
+  std::int16_t red = 0, green = 0, blue = 0;
+  for (int i = 0; i < kClutIndexCount; ++i) {
+    if (state.ColorRowMap[i] == -1) continue;
+    const RowColour& row = state.rows[i];
+    if (row.kind == RowColour::Kind::NotDefined) {
+      red = green = blue = -1;
+    } else if (row.kind == RowColour::Kind::Colour) {
+      red = RedOf(row.colour);
+      green = GreenOf(row.colour);
+      blue = BlueOf(row.colour);
+    }
+    lines[i] = FormatClutLine(i, red, green, blue);
+  }
+  return lines;
+}
+
+bool SaveColorTable(Platform& platform, ColorTableState& state) {
+  const std::string& path = state.ClutFileName;
+  if (!platform.FileExists(path)) {
+    Tell(platform, GetString(1305) + path + "\r\n\r\n" + GetString(1306));
+    state.ClutError = true;
+    return false;
+  }
+  if (!platform.FileExists(path + ".lock")) {
+    int buttons = kMbYesNo;
+    const std::string prompt =
+        GetString(1309) + path + "\r\n" + GetString(1310) + "\r\n\r\n" + GetString(1311);
+    if (platform.ShowMessage(prompt, buttons, kMbIconExclamation, GetString(1301)) != kIdYes) return false;
+  }
+  std::string old_bytes;
+  IoStatus status = platform.ReadFile(path, old_bytes);
+  if (status) status = ReplaceFileContent(platform, path, MergeClutSave(old_bytes, BuildClutSaveLines(state)));
+  if (!status) {
+    TellWriteFailed(platform, path, status);
+    return false;
+  }
+  platform.HostCall(kHostFileNotice, path);
+  return true;
+}
+
+std::string GetClutVersion(Platform& platform, const std::string& path, bool& found) {
+  std::string bytes;
+  found = false;
+  if (!platform.ReadFile(path, bytes)) return {};
+  const ClutLines first = SplitClutLines(bytes, 1);
+  if (first.lines.empty()) return {};
+  const auto version = ClutVersionOfLine(first.lines[0]);
+  found = version.has_value();
+  return version.value_or(std::string());
+}
+
+std::string GetReferenceClutFile(Platform& platform, const std::string& path, bool must_exist, bool keep_folder) {
+  const std::string full = ReferenceClutPath(path, true);
+  if (must_exist && !platform.FileExists(full)) return {};
+  return keep_folder ? full : ReferenceClutPath(path, false);
+}
+
+bool UpgradeClut(Platform& platform, ColorTableState& state, const std::string& from_version,
+                 const std::string& to_version) {
+  const std::string& path = state.ClutFileName;
+  std::string reference = GetReferenceClutFile(platform, path, true, true);
+  if (reference.empty()) reference = GetReferenceClutFile(platform, GetColorSchemeFolder() + kDefaultClutName, true, true);
+  if (reference.empty()) {
+    Tell(platform, GetString(1325) + path + GetString(1326) + from_version + GetString(1327) + to_version +
+                       GetString(1328));
+    return false;
+  }
+  auto reference_lines = ReadClutLines(platform, reference);
+  auto file_lines = ReadClutLines(platform, path);
+  if (!reference_lines || !file_lines) return false;
+  return static_cast<bool>(ReplaceFileContent(
+      platform, path, JoinClutLines(UpgradeClutLines(std::move(*file_lines), std::move(*reference_lines), from_version))));
+}
+
+bool SetClutVersion(Platform& platform, const std::string& path, const std::string& old_version) {
+  auto lines = ReadClutLines(platform, path);
+  if (!lines) return false;
+  return static_cast<bool>(ReplaceFileContent(platform, path, JoinClutLines(MarkClutVersion(std::move(*lines), old_version))));
+}
+
+void CheckClutVersion(Platform& platform, ColorTableState& state, bool require_existing) {
+  const std::string& path = state.ClutFileName;
+  if (require_existing && !platform.FileExists(path)) return;
+  std::string probe;
+  if (!platform.ReadFile(path, probe)) return;  // the load reports what it cannot read
+  bool found = false;
+  const std::string version = GetClutVersion(platform, path, found);
+  if (version == kClutCurrentVersion) return;
+  UpgradeClut(platform, state, version, kClutCurrentVersion);
+  // Also without a reference: the file is re-marked so that the warning comes once.
+  if (!SetClutVersion(platform, path, version)) return;
+  const std::string home = GetDVHome(platform, state);
+  if (home.empty()) return;  // "\etc\<name>" would name nothing useful
+  const std::string global = home + "\\etc\\" + FileNameOf(path);
+  if (platform.FileExists(global)) platform.CopyFileTo(path, global, true);
+}
+
+}  // namespace tq

@@ -1,0 +1,33 @@
+// Our factory table (data/) for the colour table tests, and small builders of files.
+#pragma once
+
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "colortable/clut_format.h"
+
+namespace tq::test {
+
+inline std::string SourceFile(const std::string& relative) {
+  std::ifstream in(std::string(TQ_SOURCE_DIR) + "/" + relative, std::ios::binary);
+  std::stringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+inline std::vector<std::string> FactoryLines() { return SplitClutLines(SourceFile("data/QLT830_colors$clut")).lines; }
+
+// A table whose every line differs from the factory one: "<i%256> 7 9 # mine <i>".
+inline std::vector<std::string> OwnLines(const std::string& version) {
+  std::vector<std::string> lines;
+  for (int i = 0; i < kClutIndexCount; ++i) {
+    std::string line = (i >= 256 ? "#" : "") + std::to_string(i % 256) + " 7 9 # mine " + std::to_string(i);
+    if (i == 0 && !version.empty()) line += " Version=" + version;
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+}  // namespace tq::test
