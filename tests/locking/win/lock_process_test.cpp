@@ -1,0 +1,130 @@
+// The lock between processes, as editors meet in the field: a helper process holds
+// the lock, and the refused side sees the real message box, answered by an automated
+// user. Ten processes race for one lock.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <set>
+#include <thread>
+
+#include "common/win_test_support.h"
+#include "locking/lock_file_creator.h"
+#include "support/localization.h"
+#include "win32/win_platform.h"
+
+namespace tq {
+namespace {
+
+using Creator = clsLockFileCreator;
+using test::AnswerMessageBox;
+using test::HelperProcess;
+using test::W;
+
+bool Hidden(const std::string& path) {
+  const DWORD a = GetFileAttributesW(W(path).c_str());
+  return a != INVALID_FILE_ATTRIBUTES && (a & FILE_ATTRIBUTE_HIDDEN);
+}
+
+TEST(LockBetweenProcesses, RefusedSideNamesTheHolderAndTheUserChoosesAndAKilledHoldersFileIsTakenOver) {
+  test::TempFolder folder;
+  const std::string file = folder / "QLT830_colors.clut";
+  const std::string lock = file + ".lock";
+  HelperProcess holder("hold-lock", {file, "ProcessDisplay", "op1", "120000"});
+  ASSERT_TRUE(holder.ready());
+  EXPECT_TRUE(Hidden(lock));
+  const std::string holder_pid = std::to_string(holder.pid());
+
+  // On its own thread, as a user-interface thread with its own message box hook.
+  std::thread([&] {
+    Platform& platform = win::WinPlatform::Instance();
+    Creator c(platform);
+    const std::wstring title = W(GetString(1510) + " " + file);
+
+    auto no = AnswerMessageBox(title, IDNO);
+    std::string app = "Mine", user = "me";
+    int result = -1;
+    c.CreateLockFile(file, app, user, Creator::kModeOpenOrReadOnly, 0, result);
+    EXPECT_EQ(result, Creator::kRefused);
+    EXPECT_FALSE(c.ReadOnly());
+    EXPECT_EQ(app, "ProcessDisplay");
+    EXPECT_EQ(user, "op1");
+    const auto seen = no.get();
+    ASSERT_TRUE(seen.found);
+    EXPECT_EQ(seen.yes, L"Yes");
+    EXPECT_EQ(seen.no, L"No");
+    const std::vector<std::string> parts = {file + "\r\nis already opened and locked for editing.",
+                                            "Corvana Username: op1", "Locking Time: ",
+                                            "Locking Application: ProcessDisplay", "Process ID: " + holder_pid,
+                                            "Hostname: " + platform.ComputerName(),
+                                            "Do you want to open the file as read only?"};
+    for (const std::string& part : parts)
+      EXPECT_NE(seen.text.find(W(part)), std::wstring::npos) << part;
+
+    auto yes = AnswerMessageBox(title, IDYES);
+    c.CreateLockFile(file, app, user, Creator::kModeOpenOrReadOnly, 0, result);
+    EXPECT_EQ(result, Creator::kReadOnlyChosen);
+    EXPECT_TRUE(c.ReadOnly());
+    EXPECT_TRUE(yes.get().found);
+
+    EXPECT_FALSE(c.IsLockedByMe(file, "ProcessDisplay", "op1"));  // another process holds it
+    std::string u, h;
+    EXPECT_TRUE(c.GetFileLockerInfo(file, u, h));
+    EXPECT_EQ(u, "op1");
+    EXPECT_EQ(h, platform.ComputerName());
+  }).join();
+  EXPECT_TRUE(test::ReadBytes(lock).find("\r\n" + holder_pid + "\r\n") != std::string::npos);  // untouched
+
+  holder.Kill();  // no clean-up: the lock file stays behind, hidden
+  ASSERT_TRUE(win::WinPlatform::Instance().FileExists(lock));
+  {
+    Creator next(win::WinPlatform::Instance());
+    std::string app = "Next", user = "op2";
+    int result = -1;
+    next.CreateLockFile(file, app, user, Creator::kModeOpenOrReadOnly, 0, result);
+    EXPECT_EQ(result, Creator::kLocked);
+    EXPECT_TRUE(next.IsLockedByMe(file, "Next", "op2"));
+    EXPECT_TRUE(Hidden(lock));
+    // The share mode: readers are let in, a second writer is not.
+    EXPECT_NE(test::ReadBytes(lock).find("Next\r\nop2\r\n"), std::string::npos);
+    HANDLE writer = CreateFileW(W(lock).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                OPEN_EXISTING, 0, nullptr);
+    EXPECT_EQ(writer, INVALID_HANDLE_VALUE);
+    if (writer != INVALID_HANDLE_VALUE) CloseHandle(writer);
+  }
+  EXPECT_FALSE(win::WinPlatform::Instance().FileExists(lock));
+}
+
+TEST(LockBetweenProcesses, TenProcessesRaceAndExactlyOneWinsTheOthersNameIt) {
+  test::TempFolder folder;
+  const std::string file = folder / "race.clut";
+  const std::string start_name = "TqLockRaceStart_" + std::to_string(GetCurrentProcessId());
+  HANDLE start = CreateEventW(nullptr, TRUE, FALSE, W(start_name).c_str());
+  ASSERT_TRUE(start);
+  std::vector<std::unique_ptr<HelperProcess>> racers;
+  for (int i = 0; i < 10; ++i) {
+    racers.push_back(std::make_unique<HelperProcess>("race-lock", std::vector<std::string>{file, start_name, "6000"}));
+    ASSERT_TRUE(racers.back()->ready());
+  }
+  SetEvent(start);
+  std::vector<int> codes;
+  for (auto& r : racers) codes.push_back(r->Wait(60000));
+  CloseHandle(start);
+
+  int winners = 0;
+  DWORD winner_pid = 0;
+  for (std::size_t i = 0; i < racers.size(); ++i)
+    if (codes[i] == 0) {
+      ++winners;
+      winner_pid = racers[i]->pid();
+    }
+  ASSERT_EQ(winners, 1) << ::testing::PrintToString(codes);
+  for (std::size_t i = 0; i < racers.size(); ++i)
+    if (codes[i] != 0) {
+      EXPECT_EQ(codes[i], static_cast<int>(winner_pid)) << "racer " << i;
+    }
+  // The winner gave the lock up on its way out.
+  EXPECT_FALSE(win::WinPlatform::Instance().FileExists(file + ".lock"));
+}
+
+}  // namespace
+}  // namespace tq
