@@ -228,7 +228,14 @@ std::string WinPlatform::ModuleFolder() {
   return Narrow(slash == std::wstring::npos ? path : path.substr(0, slash));
 }
 
-const void* WinPlatform::LoadLibraryFile(const std::string& path) { return LoadLibraryW(Widen(path).c_str()); }
+const void* WinPlatform::LoadLibraryFile(const std::string& path) {
+  // A damaged library must fail quietly, not stop the host with a system error box.
+  DWORD old_mode = 0;
+  SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &old_mode);
+  HMODULE library = LoadLibraryW(Widen(path).c_str());
+  SetThreadErrorMode(old_mode, nullptr);
+  return library;
+}
 
 std::string WinPlatform::LibraryString(const void* library, int id) {
   wchar_t buffer[255];

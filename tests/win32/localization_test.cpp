@@ -101,6 +101,17 @@ TEST(Localization, HostileLanguageCodesNeverReachAPath) {
   }
 }
 
+TEST(Localization, ADamagedLibraryCountsAsMissing) {
+  TempFolder t;
+  AddLibrary(t, kTestLangs, "EN");
+  CreateDirectoryW(test::W(t / "DE").c_str(), nullptr);
+  test::WriteBytes(t / "DE\\ColorSettingTool_DE.dll", std::string("MZ\x90\0junk", 8) + std::string(5000, '\xcc'));
+  OnFreshThread([&] {
+    LoadLanguageLibraryFrom(win::WinPlatform::Instance(), Folder(t), "DE");
+    EXPECT_EQ(GetString(1202), "Cancel (EN library)");
+  });
+}
+
 TEST(Localization, AFailedLaterLoadKeepsTheEarlierLibrary) {
   TempFolder a, b;
   AddLibrary(a, kShipped, "DE");
