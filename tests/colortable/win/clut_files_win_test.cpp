@@ -1,0 +1,234 @@
+// The colour table files against the real Windows file system, registry, profile
+// API and mutex, with second processes where the field has them.
+#include <gtest/gtest.h>
+
+#include "../clut_test_data.h"
+#include "colortable/clut_locations.h"
+#include "colortable/color_table.h"
+#include "common/test_platform.h"
+#include "common/win_test_support.h"
+#include "support/localization.h"
+#include "support/utils.h"
+
+namespace tq {
+namespace {
+
+using test::ReadBytes;
+using test::WriteBytes;
+
+// DVHOME in the registry view the control reads; removed again at the end.
+class DVHomeValue {
+ public:
+  explicit DVHomeValue(const std::string& home) {
+    HKEY key;
+    EXPECT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\DataViews\\DVtools\\2.6", 0, nullptr, 0,
+                              KEY_ALL_ACCESS | KEY_WOW64_32KEY, nullptr, &key, nullptr),
+              ERROR_SUCCESS);
+    const std::wstring value = test::W(home);
+    RegSetValueExW(key, L"DVHOME", 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
+                   static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+    RegCloseKey(key);
+  }
+  ~DVHomeValue() { RegDeleteKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\DataViews\\DVtools\\2.6", KEY_WOW64_32KEY, 0); }
+};
+
+class ClutWin : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ResetColorSchemeModule();
+    state.ClutFileName = dir / "QLT830_colors.clut";
+    WriteBytes(state.ClutFileName, test::SourceFile("data/QLT830_colors.clut"));
+    WriteBytes(dir / "QLT830_colors$clut", test::SourceFile("data/QLT830_colors$clut"));
+    WriteBytes(state.ClutFileName + ".lock", "");
+    for (int i = 0; i < kClutIndexCount; ++i) state.ColorRowMap[i] = static_cast<std::int16_t>(i);
+    state.rows.fill({RowColour::Kind::Colour, 0x102030});
+  }
+  void ExpectWriteRefused(const std::string& before) {
+    EXPECT_FALSE(SaveColorTable(p, state));
+    EXPECT_EQ(ReadBytes(state.ClutFileName), before);
+    // Our own file beside the target is gone. (Wine's ReplaceFileW leaves a backup of
+    // its own, "rfc*.tmp", when it fails; that one is not ours to remove.)
+    for (const auto& name : p.ListFileNames(dir.path())) EXPECT_FALSE(name.starts_with("QLT830_colors.clut.") && name.ends_with(".tmp")) << name;
+    ASSERT_EQ(p.prompts.size(), 1u);
+    const std::string& text = p.prompts[0].text;
+    EXPECT_EQ(text.rfind(GetString(1312) + state.ClutFileName + "\r\n", 0), 0u) << text;
+    EXPECT_GT(text.size(), (GetString(1312) + state.ClutFileName + "\r\n\r\n\r\n" + GetString(1313)).size()) << text;
+    EXPECT_TRUE(text.ends_with("\r\n\r\n" + GetString(1313))) << text;
+    EXPECT_EQ(p.prompts[0].style, kMbIconCritical);
+    EXPECT_TRUE(p.host_calls.empty());
+  }
+  test::TempFolder dir;
+  test::TestPlatform p;
+  ColorTableState state;
+};
+
+TEST_F(ClutWin, ReadOnlyFileIsNotReplacedAndTheUserIsTold) {
+  const std::string before = ReadBytes(state.ClutFileName);
+  ASSERT_TRUE(p.SetAttributes(state.ClutFileName, kAttrReadOnly));
+  p.answers = {kIdOk};
+  ExpectWriteRefused(before);
+  p.SetAttributes(state.ClutFileName, kAttrNormal);
+}
+
+TEST_F(ClutWin, FileHeldOpenByAnotherProcessIsNotReplacedAndTheUserIsTold) {
+  const std::string before = ReadBytes(state.ClutFileName);
+  test::HelperProcess holder("hold-file-open", {state.ClutFileName, "20000"});
+  ASSERT_TRUE(holder.ready());
+  p.answers = {kIdOk};
+  ExpectWriteRefused(before);
+  holder.Kill();
+  holder.Wait();
+  p.prompts.clear();
+  EXPECT_TRUE(SaveColorTable(p, state));  // the same save goes through once it is closed
+  EXPECT_EQ(ParseClutLine(SplitClutLines(ReadBytes(state.ClutFileName)).lines[7]), 0x102030);
+}
+
+TEST_F(ClutWin, MissingDVHomeIsReportedOnEveryCall) {
+  p.answers = {kIdOk, kIdOk};
+  EXPECT_EQ(GetDVHome(p, state), "");
+  EXPECT_EQ(GetDefaultClutFile(p, state), "");
+  EXPECT_TRUE(state.ClutError);
+  ASSERT_EQ(p.prompts.size(), 2u);
+  EXPECT_EQ(p.prompts[1].text, GetString(1315));
+  EXPECT_EQ(p.prompts[1].title, GetString(1301));
+}
+
+TEST_F(ClutWin, LoadUpgradesTheFileAndCopiesItOverTheToolkitsCopy) {
+  test::TempFolder home;
+  ASSERT_TRUE(p.CreateFolder(home / "etc"));
+  WriteBytes(home / "etc\\QLT830_colors.clut", "old global copy");
+  DVHomeValue value(home.path().substr(0, home.path().size() - 1));
+  WriteBytes(state.ClutFileName, JoinClutLines(test::OwnLines("93.02")));
+  ASSERT_TRUE(LoadColorTable(p, state, true));
+  const std::string upgraded = ReadBytes(state.ClutFileName);
+  const auto lines = SplitClutLines(upgraded).lines;
+  ASSERT_EQ(lines.size(), 286u);
+  EXPECT_EQ(lines[0], "0 7 9 # mine 0 Version=93.07");
+  EXPECT_EQ(lines[256], "#120 7 9 # mine 120");
+  EXPECT_EQ(ReadBytes(home / "etc\\QLT830_colors.clut"), upgraded);
+  EXPECT_EQ(state.ColorIndexValue[256], 120 + 7 * 256 + 9 * 65536);
+  // Loaded again: "93.07" now, nothing is rewritten.
+  WriteBytes(home / "etc\\QLT830_colors.clut", "untouched");
+  ASSERT_TRUE(LoadColorTable(p, state, true));
+  EXPECT_EQ(ReadBytes(state.ClutFileName), upgraded);
+  EXPECT_EQ(ReadBytes(home / "etc\\QLT830_colors.clut"), "untouched");
+  EXPECT_TRUE(p.prompts.empty());
+}
+
+TEST_F(ClutWin, MarkerAppendedWithoutHashIsUpgradedAgainAfterASave) {
+  test::TempFolder home;
+  DVHomeValue value(home.path().substr(0, home.path().size() - 1));
+  auto lines = test::OwnLines("");
+  lines[0] = "  1    2    3  ";
+  WriteBytes(state.ClutFileName, JoinClutLines(lines));
+  state.ColorIndexValue[0] = 77;
+  ASSERT_TRUE(LoadColorTable(p, state, true));
+  EXPECT_EQ(SplitClutLines(ReadBytes(state.ClutFileName)).lines[0], "  1    2    3  \tVersion=93.07");
+  EXPECT_EQ(state.rows[0].kind, RowColour::Kind::Unreadable);
+  EXPECT_EQ(state.ColorIndexValue[0], 77);
+  state.rows[0] = {RowColour::Kind::Colour, 197121};
+  ASSERT_TRUE(SaveColorTable(p, state));
+  EXPECT_EQ(SplitClutLines(ReadBytes(state.ClutFileName)).lines[0], "  1    2    3  ");
+  ASSERT_TRUE(LoadColorTable(p, state, true));  // no marker: upgraded and marked again
+  EXPECT_EQ(SplitClutLines(ReadBytes(state.ClutFileName)).lines[0], "  1    2    3  \tVersion=93.07");
+}
+
+class FrameWindowIni : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ResetColorSchemeModule();
+    p.CreateFolder(app / "ColorSchemes");
+    p.CreateFolder(user.path() + "u");
+    SetColorSchemeFolder(app / "ColorSchemes");
+    for (const char* name : {"QLT830_a.clut", "QLT830_b.clut", "QLT830_colors.clut"})
+      WriteBytes(schemes() + name, test::SourceFile("data/QLT830_colors.clut"));
+    SetIniPaths(p, app.path(), user.path());
+  }
+  std::string schemes() const { return app / "ColorSchemes\\"; }
+  void Ini(const std::string& file, const std::string& value) {
+    WriteBytes(file, "[COLORSCHEMES]\r\nClutFile=" + value + "\r\n");
+  }
+  test::TempFolder app, user;
+  test::TestPlatform p;
+};
+
+TEST_F(FrameWindowIni, UserOverApplicationOverDefaultAndMissingFilesAreSkipped) {
+  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_colors.clut");
+  Ini(app / "FrameWindow.ini", "QLT830_b.clut");
+  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");
+  Ini(user / "FrameWindow.ini", "QLT830_a.clut");
+  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_a.clut");
+  Ini(user / "FrameWindow.ini", "QLT830_missing.clut");
+  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");
+  Ini(app / "FrameWindow.ini", "QLT830_gone.clut");
+  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_colors.clut");
+}
+
+TEST_F(FrameWindowIni, FactorySettingsComeLastFromTheInstallationRoot) {
+  const std::string root = "C:\\sc\\";
+  const std::string misc = root + "tq_lib\\defaults\\misc\\";
+  for (const std::string& f : {root, root + "tq_lib\\", root + "tq_lib\\defaults\\", misc}) p.CreateFolder(f);
+  WriteBytes(misc + "default_FrameWindow.ini", "[COLORSCHEMES]\r\nClutFile=QLT830_b.clut\r\n");
+  {
+    DVHomeValue value(root + "dataviews");
+    SetIniPaths(p, app.path(), user.path());
+    EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");
+    Ini(app / "FrameWindow.ini", "QLT830_a.clut");
+    EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_a.clut");
+  }
+  {
+    DVHomeValue value("D:\\dataviews\\sc\\");  // not the installation pattern
+    SetIniPaths(p, app.path(), user.path());
+    p.RemoveFile(app / "FrameWindow.ini");
+    EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_colors.clut");
+  }
+  test::RemoveTree(root + "tq_lib\\");
+}
+
+TEST_F(FrameWindowIni, WriteBackOnlyWhenTheChoiceChangedIgnoringCase) {
+  Ini(app / "FrameWindow.ini", "QLT830_a.clut");
+  EXPECT_EQ(GetIniClutFile(p, true), schemes() + "QLT830_a.clut");
+  const std::string before = ReadBytes(app / "FrameWindow.ini");
+  SetRememberedClutFile(schemes() + "qlt830_A.CLUT");
+  EXPECT_FALSE(SaveIniClutFile(p));
+  EXPECT_EQ(ReadBytes(app / "FrameWindow.ini"), before);
+  SetRememberedClutFile(schemes() + "QLT830_b.clut");
+  EXPECT_TRUE(SaveIniClutFile(p));
+  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");
+  EXPECT_EQ(p.host_calls, (std::vector<std::pair<int, std::string>>{{kHostFileNotice, app / "FrameWindow.ini"}}));
+}
+
+TEST_F(FrameWindowIni, TwoProcessesWritingAtOnceLoseNoUpdate) {
+  const std::string ini = app / "FrameWindow.ini";
+  Ini(ini, "QLT830_colors.clut");
+  const std::string app_folder = app.path(), scheme_folder = schemes();
+  test::HelperProcess saver("clut-save-ini", {app_folder.substr(0, app_folder.size() - 1),
+                                             scheme_folder.substr(0, scheme_folder.size() - 1), "60"});
+  test::HelperProcess other("ini-write-keys", {ini, "60"});
+  ASSERT_TRUE(saver.ready());
+  ASSERT_TRUE(other.ready());
+  EXPECT_EQ(saver.Wait(120000), 0);
+  EXPECT_EQ(other.Wait(120000), 0);
+  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");  // the saver's last choice
+  for (int i = 0; i < 60; ++i) EXPECT_EQ(p.IniRead("Other", "Key" + std::to_string(i), ini), std::to_string(i)) << i;
+}
+
+TEST_F(FrameWindowIni, InitColorSchemesSynchronisesAndResolvesTheTable) {
+  test::TempFolder home;
+  p.CreateFolder(home / "etc");
+  WriteBytes(home / "etc\\QLT830_global.clut", test::SourceFile("data/QLT830_colors.clut"));
+  DVHomeValue value(home.path().substr(0, home.path().size() - 1));
+  ColorTableState state;
+  Ini(app / "FrameWindow.ini", "QLT830_global.clut");
+  const std::string app_folder = app.path();
+  ResetColorSchemeModule();
+  EXPECT_EQ(InitColorSchemes(p, state, app_folder, user.path(), ""), schemes() + "QLT830_global.clut");
+  EXPECT_TRUE(test::RealPlatform().FileExists(schemes() + "QLT830_global.clut"));
+  EXPECT_TRUE(EqualsIgnoreCase(state.ClutFileName, schemes() + "QLT830_global.clut"));
+  EXPECT_EQ(InitColorSchemes(p, state, app_folder, user.path(), "given.clut"), "given.clut");
+  EXPECT_EQ(state.ClutFileName, "given.clut");  // missing: stored as given
+  EXPECT_FALSE(state.ClutError);
+}
+
+}  // namespace
+}  // namespace tq
