@@ -1,5 +1,5 @@
 # The two commands of the README; everything else is reached through them.
-.PHONY: test demo deps
+.PHONY: test demo deps bench fuzz
 deps:
 	@tools/install-deps
 
@@ -11,3 +11,15 @@ demo: deps
 	@echo "The editor control is not built yet: 'make demo' arrives with the control."
 	@echo "Until then 'make test' builds the libraries and runs every test."
 	@exit 1
+
+# Figures of the colour table operations, from an optimised build without sanitizers.
+bench: deps
+	@cmake --preset native -B build/bench -DTQ_SANITIZE=OFF -DCMAKE_BUILD_TYPE=Release -Wno-dev >/dev/null
+	@cmake --build build/bench --target bench
+	@build/bench/tests/bench/bench
+
+# The libFuzzer targets, two minutes each.
+fuzz: deps
+	@cmake --preset fuzz -Wno-dev >/dev/null
+	@cmake --build --preset fuzz --target clut_line_fuzz clut_merge_fuzz clut_upgrade_fuzz
+	@for t in clut_line_fuzz clut_merge_fuzz clut_upgrade_fuzz; do build/fuzz/fuzz/$$t -max_total_time=120 -max_len=65536 || exit 1; done

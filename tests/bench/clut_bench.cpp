@@ -1,0 +1,104 @@
+// Prints what the colour table operations cost, each against a plain read or write of
+// the same bytes measured in the same run, and the synchronisation of 50 files.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+
+#include "colortable/clut_locations.h"
+#include "colortable/color_table.h"
+#include "common/test_platform.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Median microseconds of `rounds` runs.
+double Micros(int rounds, const std::function<void()>& run) {
+  std::vector<double> times;
+  for (int i = 0; i < rounds; ++i) {
+    const auto start = Clock::now();
+    run();
+    times.push_back(std::chrono::duration<double, std::micro>(Clock::now() - start).count());
+  }
+  std::sort(times.begin(), times.end());
+  return times[times.size() / 2];
+}
+
+std::string Factory() {
+  std::string table;
+  for (int i = 0; i < tq::kClutIndexCount; ++i) {
+    table += tq::FormatClutLine(i, (i * 2654435761u) & 0xFFFFFF) + "# " + std::to_string(i) + ": Colour " +
+             std::to_string(i);
+    if (i == 0) table += " Version=93.07";
+    table += "\r\n";
+  }
+  return table;
+}
+
+void Row(const char* what, double micros, const char* base_name, double base) {
+  std::printf("%-34s %10.1f us   %6.2f x %s (%.1f us)\n", what, micros, micros / base, base_name, base);
+}
+
+}  // namespace
+
+int main() {
+  tq::test::ScratchFolder dir;
+  tq::test::TestPlatform p;
+  p.allow_unscripted = true;
+  const std::string table = Factory();
+  const std::string path = dir / "QLT830_colors.clut";
+  p.WriteNewFile(path, table);
+  p.WriteNewFile(dir / "QLT830_colors$clut", table);
+  p.WriteNewFile(path + ".lock", "");
+  const int rounds = 200;
+
+  std::string bytes;
+  const double plain_read = Micros(rounds, [&] { p.ReadFile(path, bytes); });
+  const double plain_write = Micros(rounds, [&] { p.WriteNewFile(dir / "plain.clut", table); });
+
+  volatile std::uint32_t sink = 0;
+  const double parse = Micros(rounds, [&] {
+    for (const auto& line : tq::SplitClutLines(table, tq::kClutIndexCount).lines) sink = sink + static_cast<std::uint32_t>(tq::ParseClutLine(line));
+  });
+  tq::ColorTableState state;
+  state.ClutFileName = path;
+  for (int i = 0; i < tq::kClutIndexCount; ++i) state.ColorRowMap[i] = static_cast<std::int16_t>(i);
+  const double load = Micros(rounds, [&] { tq::LoadColorTable(p, state, true); });
+  int failed = 0;
+  const double save = Micros(rounds, [&] { failed += !tq::SaveColorTable(p, state); });
+
+  // Each run upgrades a fresh old file; their reference is the scheme folder's default one.
+  std::string old = table;
+  old.replace(old.find("93.07"), 5, "93.01");
+  for (int i = 0; i < rounds; ++i) p.WriteNewFile(dir / ("QLT830_old" + std::to_string(i) + ".clut"), old);
+  tq::SetColorSchemeFolder(dir.path().substr(0, dir.path().size() - 1));
+  int next = 0;
+  const double upgrade = Micros(rounds, [&] {
+    state.ClutFileName = dir / ("QLT830_old" + std::to_string(next++) + ".clut");
+    failed += !tq::UpgradeClut(p, state, "93.01", tq::kClutCurrentVersion);
+    failed += !tq::SetClutVersion(p, state.ClutFileName, "93.01");
+  });
+
+  std::printf("colour table of %zu bytes, median of %d runs, %d failed operations\n", table.size(), rounds, failed);
+  std::printf("(writes end with the data on disk, so they follow the disk's flush time)\n");
+  Row("parse of a full table", parse, "plain read", plain_read);
+  Row("load (LoadColorTable)", load, "plain read", plain_read);
+  Row("save with merge (SaveColorTable)", save, "plain write", plain_write);
+  Row("upgrade from 93.01 (+ re-mark)", upgrade, "plain write", plain_write);
+
+  tq::test::ScratchFolder global, app;
+  for (int i = 0; i < 50; ++i) {
+    const std::string name = "QLT830_" + std::to_string(100 + i);
+    p.WriteNewFile(global / (name + ".clut"), table);
+    p.WriteNewFile(global / (name + "$clut"), table);
+  }
+  p.host = [&](int kind, const std::string& text) { return kind != tq::kHostCreateFolder || p.CreateFolder(text); };
+  int copied = 0;
+  const double first = Micros(1, [&] { copied = tq::SyncClutFiles(p, global.path(), app / "ColorSchemes\\"); });
+  int again = 0;
+  const double second = Micros(9, [&] { again = tq::SyncClutFiles(p, global.path(), app / "ColorSchemes\\"); });
+  std::printf("%-34s %10.1f us   (%d files copied)\n", "sync 50 tables, first run", first, copied);
+  std::printf("%-34s %10.1f us   (%d files copied)\n", "sync 50 tables, no-copy run", second, again);
+  return 0;
+}
