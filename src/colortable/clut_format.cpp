@@ -175,7 +175,7 @@ std::vector<std::string> UpgradeClutLines(std::vector<std::string> file_lines, s
     result[i] = replace ? reference_lines[i] : line;
   }
   for (std::size_t k = 0; k < moved.size(); ++k)
-    result[256 + k] = "#" + RenumberClutComment(moved[k], static_cast<int>(256 + k));
+    result[256 + k] = RenumberClutComment(moved[k], static_cast<int>(256 + k)).insert(0, 1, '#');
   return result;
 }
 
