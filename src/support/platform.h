@@ -82,8 +82,8 @@ class Platform {
   virtual IoStatus ReadFile(const std::string& path, std::string& bytes) = 0;
   // Creates or truncates the file and writes it; the data is on disk when this returns ok.
   virtual IoStatus WriteNewFile(const std::string& path, std::string_view bytes) = 0;
-  // Puts source in the place of target in one step (target's attributes kept);
-  // on failure target is unchanged and source still exists.
+  // Puts source in the place of target in one step; a read-only target is refused.
+  // On failure target is unchanged and source still exists.
   virtual IoStatus MoveReplace(const std::string& source, const std::string& target) = 0;
   virtual IoStatus CopyFileTo(const std::string& source, const std::string& target, bool overwrite) = 0;
   virtual IoStatus RemoveFile(const std::string& path) = 0;

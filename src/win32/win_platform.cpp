@@ -111,12 +111,14 @@ IoStatus WinPlatform::WriteNewFile(const std::string& path, std::string_view byt
 
 IoStatus WinPlatform::MoveReplace(const std::string& source, const std::string& target) {
   const std::wstring wsource = Widen(source), wtarget = Widen(target);
-  if (GetFileAttributesW(wtarget.c_str()) == INVALID_FILE_ATTRIBUTES)
-    return Check(MoveFileExW(wsource.c_str(), wtarget.c_str(), MOVEFILE_WRITE_THROUGH));
-  // A read-only target is refused here rather than silently overwritten.
-  if (GetFileAttributesW(wtarget.c_str()) & FILE_ATTRIBUTE_READONLY)
+  // A read-only target is refused rather than silently overwritten.
+  const DWORD attributes = GetFileAttributesW(wtarget.c_str());
+  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
     return IoStatus::Fail(ERROR_ACCESS_DENIED, ErrorText(ERROR_ACCESS_DENIED));
-  return Check(::ReplaceFileW(wtarget.c_str(), wsource.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr));
+  // One rename: a target held open by another process makes it fail and stay as it was.
+  // (ReplaceFileW would keep the target's attributes, but leaves backup files behind
+  // when it fails.)
+  return Check(MoveFileExW(wsource.c_str(), wtarget.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
 }
 
 IoStatus WinPlatform::CopyFileTo(const std::string& source, const std::string& target, bool overwrite) {

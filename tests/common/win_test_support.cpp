@@ -54,8 +54,6 @@ std::string CreateTempFolder() {
   }
 }
 
-TempFolder::TempFolder() : path_(CreateTempFolder()) {}
-TempFolder::~TempFolder() { RemoveTree(path_); }
 
 std::string ExeFolder() {
   wchar_t path[MAX_PATH];
@@ -106,7 +104,12 @@ HelperProcess::HelperProcess(const std::string& command, const std::vector<std::
       "TqHelperReady_" + std::to_string(GetCurrentProcessId()) + "_" + std::to_string(counter++);
   HANDLE ready = CreateEventW(nullptr, TRUE, FALSE, W(event_name).c_str());
   std::string line = "\"" + ExeFolder() + "tq_test_helper.exe\" " + command + " " + event_name;
-  for (const auto& a : args) line += " \"" + a + "\"";
+  for (const auto& a : args) {
+    // A backslash before the closing quote would escape it: double the trailing ones.
+    std::string quoted = a;
+    for (auto i = a.size(); i > 0 && a[i - 1] == '\\'; --i) quoted += '\\';
+    line += " \"" + quoted + "\"";
+  }
   std::wstring wline = W(line);
   STARTUPINFOW si{};
   si.cb = sizeof(si);

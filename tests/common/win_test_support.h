@@ -10,22 +10,12 @@
 #include <string>
 #include <vector>
 
+#include "common/test_platform.h"
+
 namespace tq::test {
 
-// A fresh folder under the user's temp folder, removed with everything in it.
-// path() ends with "\".
-class TempFolder {
- public:
-  TempFolder();
-  ~TempFolder();
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
-  const std::string& path() const { return path_; }
-  std::string operator/(const std::string& name) const { return path_ + name; }
-
- private:
-  std::string path_;
-};
+// On Windows a temporary folder is the tests' scratch folder (removed with its content).
+using TempFolder = ScratchFolder;
 
 // A new, empty folder under the user's temp folder (trailing "\"), and its removal.
 std::string CreateTempFolder();
