@@ -7,6 +7,9 @@
 #include <vector>
 
 #include "colortable/clut_format.h"
+#include "colortable/clut_locations.h"
+#include "colortable/color_table.h"
+#include "common/test_platform.h"
 
 namespace tq::test {
 
@@ -28,6 +31,18 @@ inline std::vector<std::string> OwnLines(const std::string& version) {
     lines.push_back(line);
   }
   return lines;
+}
+
+// A fresh module and a session on the factory table in `folder` (with its reference
+// file and a lock file of `lock_content`), every index shown in the row of its number.
+inline void InstallFactoryTable(const std::string& folder, ColorTableState& state, const std::string& lock_content) {
+  ResetColorSchemeModule();
+  Platform& real = RealPlatform();
+  state.ClutFileName = folder + "QLT830_colors.clut";
+  real.WriteNewFile(state.ClutFileName, SourceFile("data/QLT830_colors.clut"));
+  real.WriteNewFile(folder + "QLT830_colors$clut", SourceFile("data/QLT830_colors$clut"));
+  real.WriteNewFile(state.ClutFileName + ".lock", lock_content);
+  for (int i = 0; i < kClutIndexCount; ++i) state.ColorRowMap[i] = static_cast<std::int16_t>(i);
 }
 
 }  // namespace tq::test

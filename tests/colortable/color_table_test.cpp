@@ -24,12 +24,7 @@ void Write(const std::string& path, const std::string& bytes) {
 class ColorTableFiles : public ::testing::Test {
  protected:
   void SetUp() override {
-    ResetColorSchemeModule();
-    state.ClutFileName = dir / "QLT830_colors.clut";
-    Write(state.ClutFileName, test::SourceFile("data/QLT830_colors.clut"));
-    Write(dir / "QLT830_colors$clut", test::SourceFile("data/QLT830_colors$clut"));
-    Write(state.ClutFileName + ".lock", "locked");
-    for (int i = 0; i < kClutIndexCount; ++i) state.ColorRowMap[i] = static_cast<std::int16_t>(i);
+    test::InstallFactoryTable(dir.path(), state, "locked");
   }
   // Files left in the folder other than the ones the test made.
   std::vector<std::string> Leftovers() {

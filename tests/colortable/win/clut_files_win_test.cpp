@@ -35,12 +35,7 @@ class DVHomeValue {
 class ClutWin : public ::testing::Test {
  protected:
   void SetUp() override {
-    ResetColorSchemeModule();
-    state.ClutFileName = dir / "QLT830_colors.clut";
-    WriteBytes(state.ClutFileName, test::SourceFile("data/QLT830_colors.clut"));
-    WriteBytes(dir / "QLT830_colors$clut", test::SourceFile("data/QLT830_colors$clut"));
-    WriteBytes(state.ClutFileName + ".lock", "");
-    for (int i = 0; i < kClutIndexCount; ++i) state.ColorRowMap[i] = static_cast<std::int16_t>(i);
+    test::InstallFactoryTable(dir.path(), state, "");
     state.rows.fill({RowColour::Kind::Colour, 0x102030});
   }
   void ExpectWriteRefused(const std::string& before) {
