@@ -16,10 +16,8 @@ demo: deps
 bench: deps
 	@cmake --preset native -B build/bench -DTQ_SANITIZE=OFF -DCMAKE_BUILD_TYPE=Release -Wno-dev >/dev/null
 	@cmake --build build/bench --target bench
-	@build/bench/tests/bench/bench
+	@build/bench/tools/bench/bench
 
 # The libFuzzer targets, two minutes each.
 fuzz: deps
-	@cmake --preset fuzz -Wno-dev >/dev/null
-	@cmake --build --preset fuzz --target clut_line_fuzz clut_merge_fuzz clut_upgrade_fuzz
-	@for t in clut_line_fuzz clut_merge_fuzz clut_upgrade_fuzz; do build/fuzz/fuzz/$$t -max_total_time=120 -max_len=65536 || exit 1; done
+	@tools/run-fuzz 120

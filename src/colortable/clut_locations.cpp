@@ -3,13 +3,14 @@
 #include <algorithm>
 
 #include "support/localization.h"
+#include "support/thread_owned.h"
 #include "support/utils.h"
 
 namespace tq {
 
 ColorSchemeModule& ThisThreadColorSchemes() {
-  thread_local ColorSchemeModule module;
-  return module;
+  thread_local ThreadOwned<ColorSchemeModule> module;
+  return module.Get();
 }
 
 void ResetColorSchemeModule() { ThisThreadColorSchemes() = ColorSchemeModule(); }
@@ -49,8 +50,16 @@ std::string GetColorSchemeFolder() { return ThisThreadColorSchemes().scheme_fold
 namespace {
 
 bool VersionsDiffer(Platform& platform, const std::string& a, const std::string& b) {
-  bool found_a = false, found_b = false;
-  return GetClutVersion(platform, a, found_a) != GetClutVersion(platform, b, found_b) || found_a != found_b;
+  bool found = false;
+  return GetClutVersion(platform, a, found) != GetClutVersion(platform, b, found);
+}
+
+// File names sorted as a user reads them, without regard to case.
+void SortNames(Platform& platform, std::vector<std::string>& names) {
+  std::vector<std::pair<std::string, std::string>> keyed;
+  for (auto& name : names) keyed.emplace_back(platform.UpperCase(name), std::move(name));
+  std::sort(keyed.begin(), keyed.end());
+  for (std::size_t i = 0; i < keyed.size(); ++i) names[i] = std::move(keyed[i].second);
 }
 
 }  // namespace
@@ -59,17 +68,17 @@ int SyncClutFiles(Platform& platform, const std::string& global_folder, const st
   if (!platform.FolderExists(global_folder)) return 0;
   std::vector<std::string> names = platform.ListFileNames(global_folder);
   // Sorted so that which 50 are taken does not depend on the file system's order.
-  std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) { return UpperAscii(a) < UpperAscii(b); });
+  SortNames(platform, names);
   std::vector<std::string> tables, references;
   for (const std::string& name : names) {
     if (static_cast<int>(tables.size()) >= kMaxColorSchemes) break;
     if (!IsClutFileName(name, true)) continue;
     tables.push_back(name);
-    const std::string reference = ReferenceClutPath(name, false);
-    if (platform.FileExists(global_folder + reference)) references.push_back(reference);
+    // The reference of the full path: a dot in a folder name makes it name nothing.
+    const std::string reference = GetReferenceClutFile(platform, global_folder + name, true, true);
+    if (!reference.empty()) references.push_back(reference);
   }
-  if (tables.empty()) return 0;
-  if (!platform.FolderExists(scheme_folder) && !CreateFolderViaHost(platform, scheme_folder)) return 0;
+  if (!CreateFolderViaHost(platform, scheme_folder)) return 0;
   int copied = 0;
   for (const std::string& name : tables) {
     const std::string target = scheme_folder + name;
@@ -78,8 +87,8 @@ int SyncClutFiles(Platform& platform, const std::string& global_folder, const st
     ++copied;
     platform.HostCall(kHostFileNotice, target);
   }
-  for (const std::string& name : references) {
-    const std::string source = global_folder + name, target = scheme_folder + name;
+  for (const std::string& source : references) {
+    const std::string target = scheme_folder + FileNameOf(source);
     if (!platform.FileExists(target)) {
       if (!platform.CopyFileTo(source, target, true)) return copied;
       ++copied;
@@ -105,7 +114,6 @@ void SetIniPaths(Platform& platform, const std::string& app_folder, const std::s
   m.factory_ini = root.empty() ? std::string() : root + "tq_lib\\defaults\\misc\\default_FrameWindow.ini";
   m.app_ini = app_folder + "FrameWindow.ini";
   m.user_ini = user_folder + "FrameWindow.ini";
-  m.write_target = m.app_ini;
 }
 
 std::string InitColorSchemes(Platform& platform, ColorTableState& state, const std::string& app_folder,
@@ -127,7 +135,6 @@ std::string InitColorSchemes(Platform& platform, ColorTableState& state, const s
 
 std::string GetIniClutFile(Platform& platform, bool remember) {
   ColorSchemeModule& m = ThisThreadColorSchemes();
-  if (remember) m.remembered_lookup.clear();
   std::string taken;
   for (const std::string* ini : {&m.user_ini, &m.app_ini, &m.factory_ini}) {
     if (ini->empty() || !taken.empty()) continue;
@@ -135,74 +142,55 @@ std::string GetIniClutFile(Platform& platform, bool remember) {
     if (!value.empty() && platform.FileExists(m.scheme_folder + value)) taken = value;
   }
   const std::string result = m.scheme_folder + (taken.empty() ? std::string(kDefaultClutName) : taken);
-  if (remember) m.remembered_lookup = m.remembered_path = result;
+  if (remember) m.remembered_path = result;
   return result;
 }
 
 void SetRememberedClutFile(const std::string& path) {
   ColorSchemeModule& m = ThisThreadColorSchemes();
-  m.remembered_lookup = m.remembered_path = path;
+  m.remembered_path = path;
 }
 
 bool SaveIniClutFile(Platform& platform) {
   ColorSchemeModule& m = ThisThreadColorSchemes();
-  bool wrote = false;
-  if (platform.AcquireIniMutex()) {
-    const std::string current = GetIniClutFile(platform, false);
-    if (!EqualsIgnoreCase(current, m.remembered_path) && !m.write_target.empty()) {
-      platform.IniWrite("COLORSCHEMES", "ClutFile", FileNameOf(m.remembered_path), m.app_ini);
-      platform.HostCall(kHostFileNotice, m.app_ini);
-      wrote = true;
-    }
-  }
-  platform.ReleaseIniMutex();
-  return wrote;
+  const IniMutexLock lock(platform);
+  if (!lock.held()) return false;
+  const std::string current = GetIniClutFile(platform, false);
+  if (EqualsIgnoreCase(platform, current, m.remembered_path) || m.app_ini.empty()) return false;
+  platform.IniWrite("COLORSCHEMES", "ClutFile", FileNameOf(m.remembered_path), m.app_ini);
+  platform.HostCall(kHostFileNotice, m.app_ini);
+  return true;
 }
 
 void LoadColorSchemeList(Platform& platform) {
   ColorSchemeModule& m = ThisThreadColorSchemes();
-  m.schemes.fill(std::string());
+  m.schemes.clear();
   std::vector<std::string> names = platform.ListFileNames(m.scheme_folder);
-  std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) { return UpperAscii(a) < UpperAscii(b); });
-  std::vector<std::string> found;
+  SortNames(platform, names);
   for (const std::string& name : names) {
-    if (static_cast<int>(found.size()) >= kMaxColorSchemes) break;
-    if (IsClutFileName(name, false)) found.push_back(m.scheme_folder + name);
+    if (static_cast<int>(m.schemes.size()) >= kMaxColorSchemes) break;
+    if (IsClutFileName(name, false)) m.schemes.push_back(m.scheme_folder + name);
   }
-  // Case-insensitive order, as the user reads the names in the list.
-  std::copy(found.begin(), found.end(), m.schemes.begin());
 }
+
+const std::vector<std::string>& ColorSchemes() { return ThisThreadColorSchemes().schemes; }
 
 std::string GetColorSchemeAt(int position) {
-  int count = 0;
-  for (const std::string& entry : ThisThreadColorSchemes().schemes) {
-    if (entry.empty()) continue;
-    if (count++ == position) return entry;
-  }
-  return {};
+  const auto& schemes = ColorSchemes();
+  return position >= 0 && position < static_cast<int>(schemes.size()) ? schemes[position] : std::string();
 }
 
-bool FindColorScheme(const std::string& path, int& position) {
-  int count = 0;
-  for (const std::string& entry : ThisThreadColorSchemes().schemes) {
-    if (entry.empty()) continue;
-    if (EqualsIgnoreCase(entry, path)) {
-      position = count;
+bool FindColorScheme(Platform& platform, const std::string& path, int& position) {
+  const auto& schemes = ColorSchemes();
+  for (std::size_t i = 0; i < schemes.size(); ++i) {
+    if (EqualsIgnoreCase(platform, schemes[i], path)) {
+      position = static_cast<int>(i);
       return true;
     }
-    ++count;
   }
   return false;
 }
 
-bool CanAddColorScheme() {
-  int count = 0;
-  for (const std::string& entry : ThisThreadColorSchemes().schemes) {
-    if (entry.empty()) continue;
-    if (count == kMaxColorSchemes - 1) return false;
-    ++count;
-  }
-  return true;
-}
+bool CanAddColorScheme() { return static_cast<int>(ColorSchemes().size()) < kMaxColorSchemes; }
 
 }  // namespace tq

@@ -6,8 +6,8 @@
 // a host has its own editor session. ResetColorSchemeModule clears it (tests).
 #pragma once
 
-#include <array>
 #include <string>
+#include <vector>
 
 #include "colortable/color_table.h"
 #include "support/platform.h"
@@ -19,10 +19,9 @@ constexpr int kMaxColorSchemes = 50;
 
 struct ColorSchemeModule {
   std::string scheme_folder;  // with trailing "\", "" until set
-  std::string user_ini, app_ini, factory_ini, write_target;
-  std::string remembered_lookup;  // cleared at the start of a remembering lookup
-  std::string remembered_path;    // compared on write-back
-  std::array<std::string, kMaxColorSchemes + 1> schemes;  // "" is a free slot
+  std::string user_ini, app_ini, factory_ini;  // app_ini is the one written
+  std::string remembered_path;                 // the table chosen, compared on write-back
+  std::vector<std::string> schemes;  // full paths, at most kMaxColorSchemes
 };
 ColorSchemeModule& ThisThreadColorSchemes();
 void ResetColorSchemeModule();
@@ -43,9 +42,10 @@ std::string GetColorSchemeFolder();
 
 // The copy of global colour tables (at most 50, prefix "QLT830_") and their reference
 // files from global_folder into scheme_folder. An application copy is never
-// overwritten; a reference file is refreshed when its version differs. The scheme
-// folder is made through the host (call 4); each copied file is reported (call 2).
-// Returns the number of files copied.
+// overwritten; a reference file is refreshed when its version differs. A missing
+// scheme folder is asked of the host (call 4) whenever global_folder exists; each
+// copied table and refreshed reference is reported (call 2). Returns the number of
+// files copied.
 int SyncClutFiles(Platform& platform, const std::string& global_folder, const std::string& scheme_folder);
 // The same from GetDVHome + "\etc\" into the module's scheme folder.
 int SyncClutFilesFromGlobalToApp(Platform& platform, ColorTableState& state);
@@ -64,9 +64,13 @@ bool SaveIniClutFile(Platform& platform);
 // The colour table the editor settled on (a scheme switch), which SaveIniClutFile records.
 void SetRememberedClutFile(const std::string& path);
 
+// The scheme list: the colour table files of the scheme folder, sorted by name
+// without regard to case before the first 50 are taken (so the list does not depend
+// on the order the file system lists them in).
 void LoadColorSchemeList(Platform& platform);
-std::string GetColorSchemeAt(int position);
-bool FindColorScheme(const std::string& path, int& position);
+const std::vector<std::string>& ColorSchemes();
+std::string GetColorSchemeAt(int position);  // "" outside the list
+bool FindColorScheme(Platform& platform, const std::string& path, int& position);
 bool CanAddColorScheme();
 
 }  // namespace tq

@@ -36,17 +36,17 @@ IoStatus ReplaceFileContent(Platform& platform, const std::string& target, std::
   return status;
 }
 
-bool LoadColorTable(Platform& platform, ColorTableState& state, bool update_rows) {
+bool LoadColorTable(Platform& platform, ColorTableState& state, bool update_rows, LoadReport report) {
   const std::string& path = state.ClutFileName;
   if (!platform.FileExists(path)) {
-    Tell(platform, GetString(1305) + path);
+    if (report == LoadReport::ToUser) Tell(platform, GetString(1305) + path);
     state.ClutError = true;
     return false;
   }
-  CheckClutVersion(platform, state, false);
+  CheckClutVersion(platform, state, false, report);
   std::string bytes;
   if (IoStatus status = platform.ReadFile(path, bytes); !status) {
-    Tell(platform, GetString(1316) + path + "\r\n" + status.message);
+    if (report == LoadReport::ToUser) Tell(platform, GetString(1316) + path + "\r\n" + status.message);
     state.ClutError = true;
     return false;
   }
@@ -126,41 +126,31 @@ std::string GetReferenceClutFile(Platform& platform, const std::string& path, bo
   return keep_folder ? full : ReferenceClutPath(path, false);
 }
 
-bool UpgradeClut(Platform& platform, ColorTableState& state, const std::string& from_version,
-                 const std::string& to_version) {
+void CheckClutVersion(Platform& platform, ColorTableState& state, bool require_existing, LoadReport report) {
   const std::string& path = state.ClutFileName;
+  if (require_existing && !platform.FileExists(path)) return;
+  std::string bytes;
+  if (!platform.ReadFile(path, bytes)) return;  // the load reports what it cannot read
+  std::vector<std::string> lines = SplitClutLines(bytes, kClutIndexCount).lines;
+  const std::string version =
+      lines.empty() ? std::string() : ClutVersionOfLine(lines.front()).value_or(std::string());
+  if (version == kClutCurrentVersion) return;
+
   std::string reference = GetReferenceClutFile(platform, path, true, true);
   if (reference.empty()) reference = GetReferenceClutFile(platform, GetColorSchemeFolder() + kDefaultClutName, true, true);
   if (reference.empty()) {
-    Tell(platform, GetString(1325) + path + GetString(1326) + from_version + GetString(1327) + to_version +
-                       GetString(1328));
-    return false;
+    if (report == LoadReport::ToUser)
+      Tell(platform, GetString(1325) + path + GetString(1326) + version + GetString(1327) + kClutCurrentVersion +
+                         GetString(1328));
+  } else if (auto reference_lines = ReadClutLines(platform, reference)) {
+    lines = UpgradeClutLines(std::move(lines), std::move(*reference_lines), version);
+  } else {
+    return;  // a reference that cannot be read now may be readable at the next load
   }
-  auto reference_lines = ReadClutLines(platform, reference);
-  auto file_lines = ReadClutLines(platform, path);
-  if (!reference_lines || !file_lines) return false;
-  return static_cast<bool>(ReplaceFileContent(
-      platform, path, JoinClutLines(UpgradeClutLines(std::move(*file_lines), std::move(*reference_lines), from_version))));
-}
+  if (!ReplaceFileContent(platform, path, JoinClutLines(MarkClutVersion(std::move(lines), version)))) return;
 
-bool SetClutVersion(Platform& platform, const std::string& path, const std::string& old_version) {
-  auto lines = ReadClutLines(platform, path);
-  if (!lines) return false;
-  return static_cast<bool>(ReplaceFileContent(platform, path, JoinClutLines(MarkClutVersion(std::move(*lines), old_version))));
-}
-
-void CheckClutVersion(Platform& platform, ColorTableState& state, bool require_existing) {
-  const std::string& path = state.ClutFileName;
-  if (require_existing && !platform.FileExists(path)) return;
-  std::string probe;
-  if (!platform.ReadFile(path, probe)) return;  // the load reports what it cannot read
-  bool found = false;
-  const std::string version = GetClutVersion(platform, path, found);
-  if (version == kClutCurrentVersion) return;
-  UpgradeClut(platform, state, version, kClutCurrentVersion);
-  // Also without a reference: the file is re-marked so that the warning comes once.
-  if (!SetClutVersion(platform, path, version)) return;
-  const std::string home = GetDVHome(platform, state);
+  const std::string home = report == LoadReport::ToUser ? GetDVHome(platform, state)
+                                                        : platform.RegReadString(kDVHomeKey, "DVHOME");
   if (home.empty()) return;  // "\etc\<name>" would name nothing useful
   const std::string global = home + "\\etc\\" + FileNameOf(path);
   if (platform.FileExists(global)) platform.CopyFileTo(path, global, true);

@@ -33,22 +33,30 @@ struct ColorTableState {
   }
 };
 
+// Who hears of a failed load: the user (the editor's own loads: opening, scheme
+// switch, restore) or nobody (reads on behalf of the host, which must never block
+// on a message box it does not expect).
+enum class LoadReport { ToUser, Quiet };
+
 // Reads ClutFileName into the table (and, with update_rows, into the rows), after
 // CheckClutVersion. Missing file: message 1305, ClutError. A file that cannot be
-// read: message 1316 with the system's reason, ClutError. Returns whether it read.
-bool LoadColorTable(Platform& platform, ColorTableState& state, bool update_rows);
+// read: message 1316 with the system's reason, ClutError. Quiet loads set ClutError
+// and show nothing. Returns whether it read.
+bool LoadColorTable(Platform& platform, ColorTableState& state, bool update_rows, LoadReport report);
 
 // Writes the rows into ClutFileName: asks when the lock file is missing, merges with
 // the old lines, writes beside the file and replaces it in one step. On any failure
-// the old file stays whole and the user is told (1312 + path + reason + 1313).
+// the old file stays whole and the user is told (1312 + path + reason + 1313): our
+// own decision, since a save that silently fails loses the user's colours.
 // Reports the file to the host (host call 2) after a successful write.
 bool SaveColorTable(Platform& platform, ColorTableState& state);
 
 // The new value fields of a save from the rows (pure; used by SaveColorTable).
 ClutNewLines BuildClutSaveLines(const ColorTableState& state);
 
-// Writes `bytes` to a new file beside `target` and puts it in target's place. On
-// failure the target is as it was and the new file is gone.
+// Writes `bytes` to a new file beside `target` and puts it in target's place, so that
+// no crash or full disk ever leaves a truncated colour table. On failure the target is
+// as it was and the new file is gone.
 IoStatus ReplaceFileContent(Platform& platform, const std::string& target, std::string_view bytes);
 
 // The version of a file from its line 1; found is false without a marker or file.
@@ -57,16 +65,13 @@ std::string GetClutVersion(Platform& platform, const std::string& path, bool& fo
 // The reference file of `path` (see ReferenceClutPath); with must_exist "" when absent.
 std::string GetReferenceClutFile(Platform& platform, const std::string& path, bool must_exist, bool keep_folder);
 
-// Upgrades ClutFileName from `from_version`; false (message 1325-1328) without a
-// reference file, false quietly when the file cannot be read or written.
-bool UpgradeClut(Platform& platform, ColorTableState& state, const std::string& from_version,
-                 const std::string& to_version);
-
-// Marks a file "93.07" (286 lines, the rest dropped).
-bool SetClutVersion(Platform& platform, const std::string& path, const std::string& old_version);
-
-// The check before every load: upgrades and re-marks a file of another version, then
-// copies it over the same-named file in the toolkit's etc folder when one is there.
-void CheckClutVersion(Platform& platform, ColorTableState& state, bool require_existing);
+// The check before every load. A file of another version than "93.07" is read once,
+// upgraded from its reference file and re-marked in one pure step, and replaced once:
+// a crash leaves either the old file or the new one, never an upgraded file that
+// still carries its old version (which the next load would upgrade again). Without a
+// reference the user is told (1325-1328, not for quiet loads) and the file is only
+// re-marked, so that the warning comes once. An upgraded file is then copied over the
+// same-named file in the toolkit's etc folder when one is there.
+void CheckClutVersion(Platform& platform, ColorTableState& state, bool require_existing, LoadReport report);
 
 }  // namespace tq

@@ -8,14 +8,13 @@ namespace tq {
 namespace {
 
 constexpr std::string_view kCrLf = "\r\n";
-constexpr std::size_t kMaxValueLength = 255;  // the system's fixed buffer size for names
 
 void AppendSection(std::string& message, const LockTexts& texts,
                    std::initializer_list<std::pair<int, const std::string*>> lines) {
   std::string section;
   for (const auto& [key, value] : lines) {
     if (*value == kNotAvailable) continue;
-    section += texts[key - 1];
+    section += texts[key];
     section += ' ';
     section += *value;
     section += kCrLf;
@@ -47,10 +46,11 @@ std::string OrNotAvailable(std::string value) {
   return value.empty() ? std::string(kNotAvailable) : std::move(value);
 }
 
-std::string FormatLockFile(const LockerInfo& info) {
+std::string CutLockValue(std::string_view ansi) { return std::string(ansi.substr(0, kMaxLockValueLength)); }
+
+std::string FormatLockFile(LockerInfo info) {
   std::string out;
-  for (const std::string* line : {&info.app_name, &info.user_name, &info.windows_user, &info.host_name,
-                                  &info.process_id, &info.session_id}) {
+  for (const std::string* line : info.Lines()) {
     out += *line;
     out += kCrLf;
   }
@@ -58,8 +58,7 @@ std::string FormatLockFile(const LockerInfo& info) {
 }
 
 std::size_t ParseLockFile(std::string_view bytes, LockerInfo& info) {
-  std::string* const targets[] = {&info.app_name, &info.user_name, &info.windows_user,
-                                  &info.host_name, &info.process_id, &info.session_id};
+  const auto targets = info.Lines();
   std::size_t count = 0;
   std::size_t pos = 0;
   while (pos < bytes.size()) {
@@ -67,16 +66,8 @@ std::size_t ParseLockFile(std::string_view bytes, LockerInfo& info) {
     if (end == std::string_view::npos) end = bytes.size();
     if (count < std::size(targets)) {
       std::string line;
-      for (char c : bytes.substr(pos, end - pos)) {
-        if (c == '\0') continue;
-        if (line.size() == kMaxValueLength) {
-          // Never leave half a UTF-8 character behind the cut.
-          while (!line.empty() && (static_cast<unsigned char>(line.back()) & 0xC0) == 0x80) line.pop_back();
-          if (!line.empty() && static_cast<unsigned char>(line.back()) >= 0xC0) line.pop_back();
-          break;
-        }
-        line += c;
-      }
+      for (char c : bytes.substr(pos, end - pos))
+        if (c != '\0' && line.size() < kMaxLockValueLength) line += c;
       *targets[count] = std::move(line);
     }
     ++count;
@@ -89,13 +80,15 @@ std::size_t ParseLockFile(std::string_view bytes, LockerInfo& info) {
 std::string BuildRefusalMessage(const std::string& file_name, const LockTexts& texts, const LockerInfo* holder) {
   std::string message = file_name;
   message += kCrLf;
-  message += texts[0];
+  message += texts[lock_text::kLocked];
   message += kCrLf;
   message += kCrLf;
   if (!holder) return message;
-  AppendSection(message, texts, {{2, &holder->user_name}, {3, &holder->locking_time}});
-  AppendSection(message, texts, {{4, &holder->app_name}, {5, &holder->process_id}});
-  AppendSection(message, texts, {{6, &holder->windows_user}, {7, &holder->host_name}, {8, &holder->session_id}});
+  using namespace lock_text;
+  AppendSection(message, texts, {{kUser, &holder->user_name}, {kTime, &holder->locking_time}});
+  AppendSection(message, texts, {{kApplication, &holder->app_name}, {kProcess, &holder->process_id}});
+  AppendSection(message, texts,
+                {{kWindowsUser, &holder->windows_user}, {kHost, &holder->host_name}, {kSession, &holder->session_id}});
   return message;
 }
 

@@ -24,24 +24,41 @@ struct LockerInfo {
   std::string process_id;    // line 5
   std::string session_id;    // line 6
   std::string locking_time = std::string(kNotAvailable);  // from the time stamp, never from the file
+
+  // Lines 1 to 6 in file order.
+  std::array<std::string*, 6> Lines() {
+    return {&app_name, &user_name, &windows_user, &host_name, &process_id, &session_id};
+  }
 };
 
-// The thirteen lock texts, keys 1..13 at index 0..12, with their string IDs 1501..1513.
-using LockTexts = std::array<std::string, 13>;
+// The thirteen lock texts (keys 1..13 at index 0..12, string IDs 1501..1513).
+namespace lock_text {
+enum : int {
+  kLocked, kUser, kTime, kApplication, kProcess, kWindowsUser, kHost, kSession,
+  kAskReadOnly, kOpen, kChooseAnotherName, kSave, kOpenedReadOnly, kCount
+};
+inline constexpr int kFirstId = 1501;
+}  // namespace lock_text
+using LockTexts = std::array<std::string, lock_text::kCount>;
 LockTexts DefaultLockTexts();
-inline constexpr int kLockTextFirstId = 1501;
+
+// Lock file values are ANSI text of at most 255 characters, the system's buffer
+// size for names. Writer and reader cut at the same place, so that a holder with a
+// long or non-ASCII name still reads back exactly what it wrote.
+inline constexpr std::size_t kMaxLockValueLength = 255;
+std::string CutLockValue(std::string_view ansi);
 
 // "" becomes "N/A", anything else is kept.
 std::string OrNotAvailable(std::string value);
 
-// The six lines with CR LF, in the order above (text as given; the caller converts
-// it to the ANSI code page).
-std::string FormatLockFile(const LockerInfo& info);
+// The six lines with CR LF, in the order above (values as given: the caller has
+// converted them to the ANSI code page and cut them).
+std::string FormatLockFile(LockerInfo info);
 
-// Reads lines 1 to 6 from the bytes into `info`; a line the bytes lack keeps the
+// Reads lines 1 to 6 of the (ANSI) bytes into `info`; a line the bytes lack keeps the
 // value `info` had. Lines end at CR LF, LF or CR; further lines are ignored. NUL
-// bytes are dropped and a line is cut at 255 characters, so that a junk file cannot
-// garble or flood the message that shows it. Returns the number of lines seen.
+// bytes are dropped and each line is cut like a written value, so that a junk file
+// cannot garble or flood the message that shows it. Returns the number of lines seen.
 std::size_t ParseLockFile(std::string_view bytes, LockerInfo& info);
 
 // The refusal message without its closing question or advice: file name, text 1 and,

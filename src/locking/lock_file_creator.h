@@ -6,7 +6,7 @@
 // six lines only describe the holder. Destroying the object is the only way to give
 // the lock up; it then deletes the lock file that it created.
 //
-// Every file error is caught here and becomes a result code or a message box.
+// Every file error is handled here and becomes a result or a message box.
 #pragma once
 
 #include <memory>
@@ -17,17 +17,15 @@
 
 namespace tq {
 
+// What a refused CreateLockFile does: only report (Open), offer read-only
+// (OpenOrReadOnly), or advise another name (Save).
+enum class LockMode { Open = 0, OpenOrReadOnly = 1, Save = 2 };
+// Locked: the lock is ours. Refused: another holder has it (also the user's "No" to
+// read-only). ReadOnlyChosen: the user chose read-only (ReadOnly() is then true).
+enum class LockResult { Locked = 0, Refused = 1, ReadOnlyChosen = 2 };
+
 class clsLockFileCreator {
  public:
-  // CreateLockFile modes.
-  static constexpr int kModeOpen = 0;           // refusal is only reported
-  static constexpr int kModeOpenOrReadOnly = 1; // the user is offered read-only
-  static constexpr int kModeSave = 2;           // any other value: saving under this name
-  // CreateLockFile results.
-  static constexpr int kLocked = 0;
-  static constexpr int kRefused = 1;
-  static constexpr int kReadOnlyChosen = 2;
-
   // Loads the lock texts (IDs 1501..1513) of this thread's language.
   explicit clsLockFileCreator(Platform& platform);
   ~clsLockFileCreator();
@@ -39,13 +37,13 @@ class clsLockFileCreator {
   const std::string& LockedFileName() const { return locked_file_name_; }
   void LockedFileName(const std::string& value) { locked_file_name_ = value; }
 
-  // Takes the lock on `fileName` (result 0) or reports the holder (result 1, or 2 when
-  // the user of mode 1 chose read-only). An empty appName or userName becomes "N/A";
-  // on a refusal that is shown (silent not 1) both are overwritten with the holder's
-  // lines 1 and 2 as far as they could be read. A failed attempt also closes any lock
-  // this object held before; a successful one on another file moves the lock there.
-  void CreateLockFile(const std::string& fileName, std::string& appName, std::string& userName, int mode,
-                      int silent, int& result);
+  // Takes the lock on `fileName` or reports the holder. An empty appName or userName
+  // becomes "N/A"; on a refusal that is shown (not silent) both are overwritten with
+  // the holder's lines 1 and 2 as far as they could be read. A failed attempt also
+  // closes any lock this object held before; a successful one on another file moves
+  // the lock there.
+  LockResult CreateLockFile(const std::string& fileName, std::string& appName, std::string& userName, LockMode mode,
+                            bool silent);
 
   // When read-only was chosen: tells the user to save under another name, true.
   bool IsFileOpenedReadOnly(const std::string& fileName);
@@ -55,15 +53,14 @@ class clsLockFileCreator {
   // and host (the Windows user is deliberately not compared).
   bool IsLockedByMe(const std::string& fileName, const std::string& appName, const std::string& userName);
 
-  const LockTexts& Texts() const { return texts_; }
-
  private:
   void SetAttributes(const std::string& path, std::uint32_t attributes);
   void DeleteLockFile(const std::string& guarded_file_name);
   void WriteLockFile(const std::string& appName, const std::string& userName);
   // Reads the lock file at lock_file_path_ into `info` (lines it lacks keep their value).
   bool ReadLockFile(LockerInfo& info);
-  int Show(const std::string& prompt, int buttons, int style, const std::string& title);
+  // A value as a lock file holds it and gives it back (ANSI, cut).
+  std::string AsStored(const std::string& value);
 
   Platform& platform_;
   LockTexts texts_;

@@ -1,20 +1,24 @@
 #include "support/localization.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "support/builtin_strings.h"
 #include "support/platform.h"
+#include "support/thread_owned.h"
 
 namespace tq {
 
 namespace {
 
+// The texts of the loaded library, read once when it loads: a lookup then needs
+// neither the library nor the platform that loaded it.
 struct LanguageState {
-  Platform* platform = nullptr;
-  const void* library = nullptr;
+  bool loaded = false;
+  std::unordered_map<int, std::string> texts;
 };
 
-thread_local LanguageState t_language;
+thread_local ThreadOwned<LanguageState> t_language;
 
 }  // namespace
 
@@ -41,21 +45,24 @@ void LoadLanguageLibraryFrom(Platform& platform, const std::string& folder, cons
   if (IsPlainLanguageCode(language)) library = platform.LoadLibraryFile(LanguageLibraryPath(folder, language));
   if (!library) library = platform.LoadLibraryFile(LanguageLibraryPath(folder, "EN"));
   if (!library) return;  // an earlier library stays in use, or none
-  t_language.platform = &platform;
-  t_language.library = library;
+  LanguageState& state = t_language.Get();
+  state.loaded = true;
+  state.texts.clear();
+  for (std::size_t i = 0; i < kBuiltinStringCount; ++i) {
+    std::string text = platform.LibraryString(library, kBuiltinStrings[i].id);
+    if (!text.empty()) state.texts.emplace(kBuiltinStrings[i].id, std::move(text));
+  }
 }
 
 void LoadLanguageLibrary(Platform& platform, const std::string& language) {
   LoadLanguageLibraryFrom(platform, platform.ModuleFolder(), language);
 }
 
-bool HasLanguageLibrary() { return t_language.library != nullptr; }
+bool HasLanguageLibrary() { return t_language.get() && t_language.get()->loaded; }
 
 std::string GetString(int id) {
-  if (t_language.library) {
-    std::string text = t_language.platform->LibraryString(t_language.library, id);
-    if (!text.empty()) return text;
-  }
+  if (const LanguageState* language = t_language.get())
+    if (const auto it = language->texts.find(id); it != language->texts.end()) return it->second;
   return std::string(BuiltinString(id));
 }
 

@@ -4,18 +4,22 @@
 // <windows.h>; everything they need from the world goes through this interface.
 // src/win32 implements it with the real Windows calls. Tests use the real
 // implementation wherever the product meets the world; only the person at the
-// screen (ShowMessage) and the host application (HostCall) are played by tests.
+// screen (ShowMessage) and the host application (Host) are played by tests.
 //
 // Conventions: paths and texts are UTF-8, paths use "\" as separator and are
 // built by plain concatenation. File contents are raw bytes, never converted.
+// No member throws: failures come back as IoStatus, empty results or false.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "support/host.h"
 
 namespace tq {
 
@@ -51,14 +55,6 @@ constexpr int kMbDefButton2 = 0x100;
 constexpr int kIdOk = 1;
 constexpr int kIdYes = 6;
 constexpr int kIdNo = 7;
-
-// Host call kinds (the host's list-communication object).
-constexpr int kHostEvaluate = 1;
-constexpr int kHostFileNotice = 2;
-constexpr int kHostRemoveFile = 3;
-constexpr int kHostCreateFolder = 4;
-constexpr int kHostRequest = 5;
-constexpr int kHostEvaluateAndNotify = 6;
 
 // An open write handle on a lock file. The handle shares reading and refuses a
 // second writer; destroying the object closes the handle and so gives the lock up.
@@ -99,12 +95,16 @@ class Platform {
   // Text in the system's 8-bit ANSI code page, for files that other tools read as such.
   virtual std::string ToAnsi(std::string_view utf8) = 0;
   virtual std::string FromAnsi(std::string_view ansi) = 0;
+  // Upper case as the system folds file names (non-ASCII letters included), for
+  // comparing names and paths without regard to case.
+  virtual std::string UpperCase(std::string_view text) = 0;
 
   // INI files through the system's profile functions; a missing key, section or file gives "".
   virtual std::string IniRead(const std::string& section, const std::string& key, const std::string& file) = 0;
   virtual void IniWrite(const std::string& section, const std::string& key, const std::string& value,
                         const std::string& file) = 0;
-  // The system-wide mutex "IniFileWrite" around writes of shared INI files.
+  // The system-wide mutex "IniFileWrite" around writes of shared INI files; true
+  // when held. Use IniMutexLock, which releases only a mutex it took.
   virtual bool AcquireIniMutex() = 0;
   virtual void ReleaseIniMutex() = 0;
 
@@ -120,8 +120,10 @@ class Platform {
   // The localised message box; returns kIdOk, kIdYes or kIdNo. On return buttons
   // holds buttons + style as passed to the system.
   virtual int ShowMessage(const std::string& prompt, int& buttons, int style, const std::string& title) = 0;
-  // A numbered call to the host (kHost...); false when there is no host or it failed.
-  virtual bool HostCall(int kind, const std::string& text) = 0;
+  // This thread's host object ("ListCommRef"); null until the host handed one over.
+  virtual HostLink* Host() = 0;
+  // A numbered call to this thread's host (kHost..., see host.h).
+  bool HostCall(int kind, const std::string& text) { return tq::HostCall(Host(), kind, text); }
 
   // Language libraries: the folder of the control library (no trailing "\"),
   // loading a library (null on failure; never unloaded), and one string of it
@@ -129,6 +131,37 @@ class Platform {
   virtual std::string ModuleFolder() = 0;
   virtual const void* LoadLibraryFile(const std::string& path) = 0;
   virtual std::string LibraryString(const void* library, int id) = 0;
+
+  // Failure injection for tests: called before every file operation that can fail
+  // with the operation's name ("ReadFile", "WriteNewFile", "MoveReplace", "CopyFileTo",
+  // "RemoveFile", "CreateFolder", "SetAttributes", "OpenLockFile") and its path (the
+  // target for moves and copies); a failed status returned replaces the operation.
+  using FaultHook = std::function<std::optional<IoStatus>(std::string_view operation, const std::string& path)>;
+  void SetFaultHook(FaultHook hook) { fault_hook_ = std::move(hook); }
+
+ protected:
+  std::optional<IoStatus> InjectedFault(std::string_view operation, const std::string& path) const {
+    return fault_hook_ ? fault_hook_(operation, path) : std::nullopt;
+  }
+
+ private:
+  FaultHook fault_hook_;
+};
+
+// Holds "IniFileWrite" for a scope, when it could be taken.
+class IniMutexLock {
+ public:
+  explicit IniMutexLock(Platform& platform) : platform_(platform), held_(platform.AcquireIniMutex()) {}
+  ~IniMutexLock() {
+    if (held_) platform_.ReleaseIniMutex();
+  }
+  IniMutexLock(const IniMutexLock&) = delete;
+  IniMutexLock& operator=(const IniMutexLock&) = delete;
+  bool held() const { return held_; }
+
+ private:
+  Platform& platform_;
+  bool held_;
 };
 
 }  // namespace tq

@@ -34,7 +34,9 @@ std::string UpperAscii(std::string_view text) {
   return upper;
 }
 
-bool EqualsIgnoreCase(std::string_view a, std::string_view b) { return UpperAscii(a) == UpperAscii(b); }
+bool EqualsIgnoreCase(Platform& platform, std::string_view a, std::string_view b) {
+  return platform.UpperCase(a) == platform.UpperCase(b);
+}
 
 bool CreateFolderViaHost(Platform& platform, const std::string& folder) {
   if (platform.FolderExists(folder)) return true;

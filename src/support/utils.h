@@ -32,16 +32,20 @@ std::string FolderOf(std::string_view path);
 
 inline void SwapStrings(std::string& a, std::string& b) { std::swap(a, b); }
 
-// Upper-cased copy (ASCII letters only, as file-name comparisons need).
+// Upper-cased copy, ASCII letters only: enough to find the ASCII markers of file
+// names ("QLT830_", ".CLUT", ".LOCK") whatever their case.
 std::string UpperAscii(std::string_view text);
-bool EqualsIgnoreCase(std::string_view a, std::string_view b);
+// Names and paths compared as the file system compares them: both sides upper-cased
+// by the system, non-ASCII letters included ("Übersicht" equals "übersicht").
+bool EqualsIgnoreCase(Platform& platform, std::string_view a, std::string_view b);
 
 // Asks the host (host call "create folder") to create a folder the control needs,
 // and reports whether the folder exists afterwards.
 bool CreateFolderViaHost(Platform& platform, const std::string& folder);
 
 // True when the folder of `path` (up to its last "\") exists or could be created
-// through the host; false for a path without "\".
+// through the host; false for a path without "\". The folder's existence afterwards
+// decides, not the host's answer: a host may create it and still report a failure.
 bool EnsureFolderOf(Platform& platform, std::string_view path);
 
 inline void AppendString(std::vector<std::string>& array, std::string text) { array.push_back(std::move(text)); }

@@ -14,15 +14,17 @@ namespace {
 
 // Per thread: a box on one thread never disturbs another.
 thread_local int t_button_set = 0;
-thread_local HHOOK t_hook = nullptr;
+thread_local HHOOK t_hook = nullptr;  // plain: see support/thread_owned.h
 
 void SetItemText(HWND box, int item, int string_id) {
   SetDlgItemTextW(box, item, Widen(GetString(string_id)).c_str());
 }
 
 // Catches the box as it is activated, before it is seen, puts the localised captions
-// on its buttons and removes itself.
-LRESULT CALLBACK CaptionHook(int code, WPARAM wparam, LPARAM) {
+// on its buttons and removes itself. The host's own hooks on this thread still see
+// every event.
+LRESULT CALLBACK CaptionHook(int code, WPARAM wparam, LPARAM lparam) {
+  const LRESULT next = CallNextHookEx(t_hook, code, wparam, lparam);
   if (code == HCBT_ACTIVATE) {
     HWND box = reinterpret_cast<HWND>(wparam);
     if (t_button_set == MB_OK) {
@@ -34,7 +36,7 @@ LRESULT CALLBACK CaptionHook(int code, WPARAM wparam, LPARAM) {
     UnhookWindowsHookEx(t_hook);
     t_hook = nullptr;
   }
-  return 0;
+  return next;
 }
 
 }  // namespace
@@ -47,7 +49,6 @@ int ShowMessage(const std::string& prompt, int& buttons, int style, const std::s
   buttons = static_cast<int>(combined);
 
   HWND owner = GetActiveWindow();
-  if (t_hook) UnhookWindowsHookEx(t_hook);  // a hook left by a box that never activated
   t_hook = SetWindowsHookExW(WH_CBT, CaptionHook, nullptr, GetCurrentThreadId());
   const int result = MessageBoxW(owner, Widen(prompt).c_str(), Widen(title).c_str(), static_cast<UINT>(buttons));
   if (t_hook) {  // the box failed before it was activated

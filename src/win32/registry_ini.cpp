@@ -2,20 +2,21 @@
 
 #include <vector>
 
+#include "support/thread_owned.h"
+#include "win32/handles.h"
 #include "win32/text.h"
 
 namespace tq::win {
 
 std::string RegReadString(HKEY root, const std::string& subkey, const std::string& value_name) {
-  HKEY key = nullptr;
-  if (RegOpenKeyExW(root, Widen(subkey).c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key) != ERROR_SUCCESS)
+  UniqueRegKey key;
+  if (RegOpenKeyExW(root, Widen(subkey).c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, key.put()) != ERROR_SUCCESS)
     return {};
   wchar_t buffer[255] = {};
   DWORD size = sizeof(buffer);
   DWORD type = 0;
   const LONG rc =
-      RegQueryValueExW(key, Widen(value_name).c_str(), nullptr, &type, reinterpret_cast<BYTE*>(buffer), &size);
-  RegCloseKey(key);
+      RegQueryValueExW(key.get(), Widen(value_name).c_str(), nullptr, &type, reinterpret_cast<BYTE*>(buffer), &size);
   if (rc != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ)) return {};
   // The stored size may or may not count a terminator: take what is there up to the first NUL.
   std::wstring_view text(buffer, size / sizeof(wchar_t));
@@ -40,27 +41,27 @@ void IniWrite(const std::string& section, const std::string& key, const std::str
 }
 
 namespace {
-thread_local HANDLE t_ini_mutex = nullptr;
+thread_local ThreadOwned<UniqueHandle> t_ini_mutex;
 }
 
 bool AcquireIniMutex(DWORD timeout_ms) {
-  if (!t_ini_mutex) {
-    t_ini_mutex = CreateMutexW(nullptr, FALSE, L"IniFileWrite");
-    if (t_ini_mutex && GetLastError() == ERROR_ALREADY_EXISTS) {
-      CloseHandle(t_ini_mutex);
-      t_ini_mutex = OpenMutexW(MUTEX_ALL_ACCESS, FALSE, L"IniFileWrite");
-    }
+  UniqueHandle& mutex = t_ini_mutex.Get();
+  if (!mutex) {
+    mutex.reset(CreateMutexW(nullptr, FALSE, L"IniFileWrite"));
+    if (mutex && GetLastError() == ERROR_ALREADY_EXISTS) mutex.reset(OpenMutexW(MUTEX_ALL_ACCESS, FALSE, L"IniFileWrite"));
   }
-  if (!t_ini_mutex) return false;
-  // Signalled (0) and a failed wait (-1) both count as held; time-out and abandoned do not.
-  return static_cast<LONG>(WaitForSingleObject(t_ini_mutex, timeout_ms)) <= 0;
+  if (!mutex) return false;
+  // A failed wait counts as held, as the other writers of these files have always
+  // treated it; a time-out or an abandoned mutex does not.
+  const DWORD wait = WaitForSingleObject(mutex.get(), timeout_ms);
+  return wait == WAIT_OBJECT_0 || wait == WAIT_FAILED;
 }
 
 void ReleaseIniMutex() {
-  if (!t_ini_mutex) return;
-  ReleaseMutex(t_ini_mutex);
-  CloseHandle(t_ini_mutex);
-  t_ini_mutex = nullptr;
+  UniqueHandle* mutex = t_ini_mutex.get();
+  if (!mutex || !*mutex) return;
+  ReleaseMutex(mutex->get());
+  mutex->reset();
 }
 
 }  // namespace tq::win

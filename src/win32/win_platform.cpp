@@ -1,5 +1,7 @@
 #include "win32/win_platform.h"
 
+#include "support/thread_owned.h"
+#include "win32/handles.h"
 #include "win32/msgbox.h"
 #include "win32/registry_ini.h"
 #include "win32/text.h"
@@ -15,29 +17,19 @@ IoStatus LastError() {
 
 IoStatus Check(BOOL ok) { return ok ? IoStatus::Ok() : LastError(); }
 
-// Closes a handle when it goes out of scope.
-struct Handle {
-  HANDLE h;
-  explicit Handle(HANDLE handle) : h(handle) {}
-  ~Handle() {
-    if (valid()) CloseHandle(h);
-  }
-  Handle(const Handle&) = delete;
-  Handle& operator=(const Handle&) = delete;
-  bool valid() const { return h != INVALID_HANDLE_VALUE && h != nullptr; }
-};
+thread_local ThreadOwned<std::shared_ptr<HostLink>> t_host;
 
 class WinLockHandle : public LockHandle {
  public:
   explicit WinLockHandle(HANDLE h) : handle_(h) {}
   IoStatus Write(std::string_view bytes) override {
     DWORD written = 0;
-    if (!WriteFile(handle_.h, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) return LastError();
+    if (!WriteFile(handle_.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) return LastError();
     return written == bytes.size() ? IoStatus::Ok() : IoStatus::Fail(ERROR_WRITE_FAULT, ErrorText(ERROR_WRITE_FAULT));
   }
 
  private:
-  Handle handle_;
+  UniqueHandle handle_;
 };
 
 DWORD Attributes(const std::string& path) { return GetFileAttributesW(Widen(path).c_str()); }
@@ -59,35 +51,38 @@ bool WinPlatform::FolderExists(const std::string& path) {
   return a != INVALID_FILE_ATTRIBUTES && (a & FILE_ATTRIBUTE_DIRECTORY);
 }
 
-IoStatus WinPlatform::CreateFolder(const std::string& path) { return Check(CreateDirectoryW(Widen(path).c_str(), nullptr)); }
+IoStatus WinPlatform::CreateFolder(const std::string& path) {
+  if (auto fault = InjectedFault("CreateFolder", path)) return *fault;
+  return Check(CreateDirectoryW(Widen(path).c_str(), nullptr));
+}
 
 std::vector<std::string> WinPlatform::ListFileNames(const std::string& folder) {
   std::vector<std::string> names;
   std::string pattern = folder;
   if (!pattern.empty() && pattern.back() != '\\') pattern += '\\';
   WIN32_FIND_DATAW data;
-  HANDLE find = FindFirstFileW(Widen(pattern + "*").c_str(), &data);
-  if (find == INVALID_HANDLE_VALUE) return names;
+  UniqueFind find(FindFirstFileW(Widen(pattern + "*").c_str(), &data));
+  if (!find) return names;
   do {
     if (!(data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) names.push_back(Narrow(data.cFileName));
-  } while (FindNextFileW(find, &data));
-  FindClose(find);
+  } while (FindNextFileW(find.get(), &data));
   return names;
 }
 
 IoStatus WinPlatform::ReadFile(const std::string& path, std::string& bytes) {
   bytes.clear();
-  Handle file(CreateFileW(Widen(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+  if (auto fault = InjectedFault("ReadFile", path)) return *fault;
+  UniqueHandle file(CreateFileW(Widen(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                           nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!file.valid()) return LastError();
+  if (!file) return LastError();
   LARGE_INTEGER size;
-  if (!GetFileSizeEx(file.h, &size)) return LastError();
+  if (!GetFileSizeEx(file.get(), &size)) return LastError();
   if (size.QuadPart > 0x7FFFFFFF) return IoStatus::Fail(ERROR_FILE_TOO_LARGE, ErrorText(ERROR_FILE_TOO_LARGE));
   bytes.resize(static_cast<size_t>(size.QuadPart));
   size_t done = 0;
   while (done < bytes.size()) {
     DWORD got = 0;
-    if (!::ReadFile(file.h, bytes.data() + done, static_cast<DWORD>(bytes.size() - done), &got, nullptr)) return LastError();
+    if (!::ReadFile(file.get(), bytes.data() + done, static_cast<DWORD>(bytes.size() - done), &got, nullptr)) return LastError();
     if (got == 0) break;  // the file shrank while we read
     done += got;
   }
@@ -96,20 +91,22 @@ IoStatus WinPlatform::ReadFile(const std::string& path, std::string& bytes) {
 }
 
 IoStatus WinPlatform::WriteNewFile(const std::string& path, std::string_view bytes) {
-  Handle file(CreateFileW(Widen(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!file.valid()) return LastError();
+  if (auto fault = InjectedFault("WriteNewFile", path)) return *fault;
+  UniqueHandle file(CreateFileW(Widen(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file) return LastError();
   size_t done = 0;
   while (done < bytes.size()) {
     DWORD written = 0;
     const DWORD chunk = static_cast<DWORD>(std::min<size_t>(bytes.size() - done, 1u << 30));
-    if (!WriteFile(file.h, bytes.data() + done, chunk, &written, nullptr)) return LastError();
+    if (!WriteFile(file.get(), bytes.data() + done, chunk, &written, nullptr)) return LastError();
     done += written;
   }
-  if (!FlushFileBuffers(file.h)) return LastError();
+  if (!FlushFileBuffers(file.get())) return LastError();
   return IoStatus::Ok();
 }
 
 IoStatus WinPlatform::MoveReplace(const std::string& source, const std::string& target) {
+  if (auto fault = InjectedFault("MoveReplace", target)) return *fault;
   const std::wstring wsource = Widen(source), wtarget = Widen(target);
   // A read-only target is refused rather than silently overwritten.
   const DWORD attributes = GetFileAttributesW(wtarget.c_str());
@@ -122,10 +119,14 @@ IoStatus WinPlatform::MoveReplace(const std::string& source, const std::string& 
 }
 
 IoStatus WinPlatform::CopyFileTo(const std::string& source, const std::string& target, bool overwrite) {
+  if (auto fault = InjectedFault("CopyFileTo", target)) return *fault;
   return Check(CopyFileW(Widen(source).c_str(), Widen(target).c_str(), overwrite ? FALSE : TRUE));
 }
 
-IoStatus WinPlatform::RemoveFile(const std::string& path) { return Check(DeleteFileW(Widen(path).c_str())); }
+IoStatus WinPlatform::RemoveFile(const std::string& path) {
+  if (auto fault = InjectedFault("RemoveFile", path)) return *fault;
+  return Check(DeleteFileW(Widen(path).c_str()));
+}
 
 std::string WinPlatform::AbsolutePath(const std::string& path) {
   const std::wstring wpath = Widen(path);
@@ -138,6 +139,7 @@ std::string WinPlatform::AbsolutePath(const std::string& path) {
 }
 
 IoStatus WinPlatform::SetAttributes(const std::string& path, std::uint32_t attributes) {
+  if (auto fault = InjectedFault("SetAttributes", path)) return *fault;
   // 0 means normal: SetFileAttributes wants FILE_ATTRIBUTE_NORMAL for that.
   return Check(SetFileAttributesW(Widen(path).c_str(), attributes ? attributes : FILE_ATTRIBUTE_NORMAL));
 }
@@ -156,6 +158,10 @@ std::optional<std::string> WinPlatform::LastWriteTimeText(const std::string& pat
 }
 
 std::unique_ptr<LockHandle> WinPlatform::OpenLockFile(const std::string& path, IoStatus& status) {
+  if (auto fault = InjectedFault("OpenLockFile", path)) {
+    status = *fault;
+    return nullptr;
+  }
   // Write access shared for reading only: a second writer gets a sharing violation,
   // while a refused party can still read who holds the lock.
   HANDLE h = CreateFileW(Widen(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
@@ -171,6 +177,13 @@ std::unique_ptr<LockHandle> WinPlatform::OpenLockFile(const std::string& path, I
 std::string WinPlatform::ToAnsi(std::string_view utf8) { return Narrow(Widen(utf8), CP_ACP); }
 std::string WinPlatform::FromAnsi(std::string_view ansi) { return Narrow(Widen(ansi, CP_ACP)); }
 
+std::string WinPlatform::UpperCase(std::string_view text) {
+  std::wstring wide = Widen(text);
+  // The system's own case mapping, the one the file system compares names with.
+  if (!wide.empty()) CharUpperBuffW(wide.data(), static_cast<DWORD>(wide.size()));
+  return Narrow(wide);
+}
+
 std::string WinPlatform::IniRead(const std::string& section, const std::string& key, const std::string& file) {
   return win::IniRead(section, key, file);
 }
@@ -180,7 +193,7 @@ void WinPlatform::IniWrite(const std::string& section, const std::string& key, c
   win::IniWrite(section, key, value, file);
 }
 
-bool WinPlatform::AcquireIniMutex() { return win::AcquireIniMutex(ini_mutex_timeout_ms_); }
+bool WinPlatform::AcquireIniMutex() { return win::AcquireIniMutex(); }
 void WinPlatform::ReleaseIniMutex() { win::ReleaseIniMutex(); }
 
 std::string WinPlatform::RegReadString(const std::string& subkey, const std::string& value_name) {
@@ -211,7 +224,9 @@ int WinPlatform::ShowMessage(const std::string& prompt, int& buttons, int style,
   return win::ShowMessage(prompt, buttons, style, title);
 }
 
-bool WinPlatform::HostCall(int kind, const std::string& text) { return host_ ? host_(kind, text) : false; }
+HostLink* WinPlatform::Host() { return t_host.get() ? t_host.get()->get() : nullptr; }
+
+void WinPlatform::SetThreadHost(std::shared_ptr<HostLink> host) { t_host.Get() = std::move(host); }
 
 std::string WinPlatform::ModuleFolder() {
   HMODULE self = nullptr;

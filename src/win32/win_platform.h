@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include <functional>
+#include <memory>
 #include <string>
 
 #include "support/platform.h"
@@ -13,8 +13,6 @@ namespace tq::win {
 
 class WinPlatform : public Platform {
  public:
-  using HostFunction = std::function<bool(int kind, const std::string& text)>;
-
   // The process-wide instance used by the control.
   static WinPlatform& Instance();
 
@@ -34,6 +32,7 @@ class WinPlatform : public Platform {
 
   std::string ToAnsi(std::string_view utf8) override;
   std::string FromAnsi(std::string_view ansi) override;
+  std::string UpperCase(std::string_view text) override;
 
   std::string IniRead(const std::string& section, const std::string& key, const std::string& file) override;
   void IniWrite(const std::string& section, const std::string& key, const std::string& value,
@@ -48,20 +47,14 @@ class WinPlatform : public Platform {
   std::uint32_t SessionId() override;
 
   int ShowMessage(const std::string& prompt, int& buttons, int style, const std::string& title) override;
-  bool HostCall(int kind, const std::string& text) override;
+  HostLink* Host() override;
 
   std::string ModuleFolder() override;
   const void* LoadLibraryFile(const std::string& path) override;
   std::string LibraryString(const void* library, int id) override;
 
-  // The host behind HostCall; without one every host call answers false.
-  void SetHost(HostFunction host) { host_ = std::move(host); }
-  // How long AcquireIniMutex waits; 15 s unless a test shortens it.
-  void SetIniMutexTimeout(DWORD milliseconds) { ini_mutex_timeout_ms_ = milliseconds; }
-
- private:
-  HostFunction host_;
-  DWORD ini_mutex_timeout_ms_ = 15000;
+  // This thread's host object ("ListCommRef"); null forgets it.
+  static void SetThreadHost(std::shared_ptr<HostLink> host);
 };
 
 }  // namespace tq::win

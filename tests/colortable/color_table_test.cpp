@@ -1,5 +1,5 @@
-// Loading and saving real files in a scratch folder, the safe replace under injected
-// faults, the upgrade on load, synchronisation and the scheme list.
+// Loading, saving, upgrading and synchronising real files in a scratch folder, with
+// faults injected into the real platform's file operations.
 #include "colortable/color_table.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +12,8 @@
 namespace tq {
 namespace {
 
+using Calls = std::vector<std::pair<int, std::string>>;
+
 std::string Read(const std::string& path) {
   std::string bytes;
   EXPECT_TRUE(test::RealPlatform().ReadFile(path, bytes)) << path;
@@ -21,17 +23,21 @@ void Write(const std::string& path, const std::string& bytes) {
   ASSERT_TRUE(test::RealPlatform().WriteNewFile(path, bytes)) << path;
 }
 
+// Fails the n-th call (from 1) of one file operation.
+Platform::FaultHook FailNth(std::string operation, int n) {
+  return [operation, n, count = 0](std::string_view op, const std::string&) mutable -> std::optional<IoStatus> {
+    if (op == operation && ++count == n) return IoStatus::Fail(kErrDiskFull, "There is not enough space on the disk.");
+    return std::nullopt;
+  };
+}
+
 class ColorTableFiles : public ::testing::Test {
  protected:
-  void SetUp() override {
-    test::InstallFactoryTable(dir.path(), state, "locked");
-  }
-  // Files left in the folder other than the ones the test made.
-  std::vector<std::string> Leftovers() {
-    std::vector<std::string> extra;
+  void SetUp() override { test::InstallFactoryTable(dir.path(), state, "locked"); }
+  bool NoTempFiles() {
     for (const auto& name : p.ListFileNames(dir.path()))
-      if (name.find(".tmp") != std::string::npos) extra.push_back(name);
-    return extra;
+      if (name.find(".tmp") != std::string::npos) return false;
+    return true;
   }
   test::ScratchFolder dir;
   test::TestPlatform p;
@@ -39,12 +45,9 @@ class ColorTableFiles : public ::testing::Test {
 };
 
 TEST_F(ColorTableFiles, LoadFillsTableAndRowsAndKeepsValuesOfUnreadableLines) {
-  Write(state.ClutFileName, "  1    2    3  # 0: x Version=93.07\r\n"
-                            "junk\r\n"
-                            " -1   -1   -1  \n"
-                            "255 255 255");
+  Write(state.ClutFileName, "  1    2    3  # 0: x Version=93.07\r\njunk\r\n -1   -1   -1  \n255 255 255");
   state.ColorIndexValue[1] = 42;
-  ASSERT_TRUE(LoadColorTable(p, state, true));
+  ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
   EXPECT_EQ(state.ColorIndexValue[0], 197121);
   EXPECT_EQ(state.ColorIndexValue[1], 42);
   EXPECT_EQ(state.rows[1].kind, RowColour::Kind::Unreadable);
@@ -52,33 +55,40 @@ TEST_F(ColorTableFiles, LoadFillsTableAndRowsAndKeepsValuesOfUnreadableLines) {
   EXPECT_EQ(state.rows[2].kind, RowColour::Kind::NotDefined);
   EXPECT_EQ(state.ColorIndexValue[3], 0xFFFFFF);
   EXPECT_EQ(state.ColorIndexValue[4], 0xC0C0C0);  // beyond the end: unreadable
-  EXPECT_EQ(state.rows[285].kind, RowColour::Kind::Unreadable);
   EXPECT_FALSE(state.ClutError);
-  EXPECT_TRUE(p.prompts.empty());
 }
 
-TEST_F(ColorTableFiles, MissingFileIsReportedOnLoadAndSave) {
-  state.ClutFileName = dir / "none.clut";
-  p.answers = {kIdOk, kIdOk};
-  EXPECT_FALSE(LoadColorTable(p, state, true));
-  EXPECT_FALSE(SaveColorTable(p, state));
-  ASSERT_EQ(p.prompts.size(), 2u);
-  EXPECT_EQ(p.prompts[0].text, GetString(1305) + state.ClutFileName);
-  EXPECT_EQ(p.prompts[0].title, GetString(1301));
-  EXPECT_EQ(p.prompts[0].style, kMbIconCritical);
-  EXPECT_EQ(p.prompts[1].text, GetString(1305) + state.ClutFileName + "\r\n\r\n" + GetString(1306));
-  EXPECT_TRUE(state.ClutError);
-  EXPECT_FALSE(p.FileExists(state.ClutFileName));
+TEST_F(ColorTableFiles, FailedLoadsTellTheUserButNeverTheHostsReads) {
+  const std::string present = state.ClutFileName;
+  for (const LoadReport report : {LoadReport::ToUser, LoadReport::Quiet}) {
+    p.prompts.clear();
+    p.answers = {kIdOk, kIdOk};
+    state.ClutError = false;
+    state.ClutFileName = dir / "none.clut";
+    EXPECT_FALSE(LoadColorTable(p, state, true, report));
+    state.ClutFileName = present;
+    p.SetFaultHook(FailNth("ReadFile", 2));  // the version check reads first, then the load
+    EXPECT_FALSE(LoadColorTable(p, state, true, report));
+    p.SetFaultHook(nullptr);
+    EXPECT_TRUE(state.ClutError);
+    if (report == LoadReport::Quiet) {
+      EXPECT_TRUE(p.prompts.empty());
+      continue;
+    }
+    ASSERT_EQ(p.prompts.size(), 2u);
+    EXPECT_EQ(p.prompts[0].text, GetString(1305) + dir / "none.clut");
+    EXPECT_EQ(p.prompts[1].text, GetString(1316) + present + "\r\nThere is not enough space on the disk.");
+    EXPECT_EQ(p.prompts[1].style, kMbIconCritical);
+  }
 }
 
 TEST_F(ColorTableFiles, LoadThenSaveOfTheFactoryFileChangesNoByte) {
   const std::string before = Read(state.ClutFileName) + "free text after the table\r\nno line end";
   Write(state.ClutFileName, before);
-  ASSERT_TRUE(LoadColorTable(p, state, true));
+  ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
   ASSERT_TRUE(SaveColorTable(p, state));
   EXPECT_EQ(Read(state.ClutFileName), before);
-  EXPECT_EQ(p.host_calls, (std::vector<std::pair<int, std::string>>{{kHostFileNotice, state.ClutFileName}}));
-  EXPECT_TRUE(Leftovers().empty());
+  EXPECT_EQ(p.host_calls, (Calls{{kHostFileNotice, state.ClutFileName}}));
 }
 
 TEST_F(ColorTableFiles, SaveWritesRowStatesAndUnreadableRowsTakeTheColourBefore) {
@@ -98,14 +108,11 @@ TEST_F(ColorTableFiles, UnlockedFileIsWrittenOnlyWhenTheUserSaysYes) {
   ASSERT_TRUE(p.RemoveFile(state.ClutFileName + ".lock"));
   const std::string before = Read(state.ClutFileName);
   state.rows.fill({RowColour::Kind::Colour, 0});
-  p.answers = {kIdNo};
+  p.answers = {kIdNo, kIdYes};
   EXPECT_FALSE(SaveColorTable(p, state));
   EXPECT_EQ(Read(state.ClutFileName), before);
-  ASSERT_EQ(p.prompts.size(), 1u);
   EXPECT_EQ(p.prompts[0].text, GetString(1309) + state.ClutFileName + "\r\n" + GetString(1310) + "\r\n\r\n" + GetString(1311));
   EXPECT_EQ(p.prompts[0].buttons, kMbYesNo);
-  EXPECT_EQ(p.prompts[0].style, kMbIconExclamation);
-  p.answers = {kIdYes};
   EXPECT_TRUE(SaveColorTable(p, state));
   EXPECT_NE(Read(state.ClutFileName), before);
 }
@@ -117,126 +124,115 @@ TEST_F(ColorTableFiles, AFailureAtAnyStepOfTheSaveLeavesTheOldFileWhole) {
     SCOPED_TRACE(step);
     p.prompts.clear();
     p.host_calls.clear();
-    p.fault = [&](const std::string& op, const std::string& path) -> std::optional<IoStatus> {
-      if (op == step) {
-        if (op == "WriteNewFile") Write(path, "half");  // a disk that filled up midway
-        return IoStatus::Fail(kErrDiskFull, "There is not enough space on the disk.");
-      }
-      return std::nullopt;
-    };
+    p.SetFaultHook(FailNth(step, 1));
     p.answers = {kIdOk};
     EXPECT_FALSE(SaveColorTable(p, state));
     EXPECT_EQ(Read(state.ClutFileName), before);
-    EXPECT_TRUE(Leftovers().empty());
+    EXPECT_TRUE(NoTempFiles());
     EXPECT_TRUE(p.host_calls.empty());
     ASSERT_EQ(p.prompts.size(), 1u);
     EXPECT_EQ(p.prompts[0].text, GetString(1312) + state.ClutFileName + "\r\nThere is not enough space on the disk.\r\n\r\n" +
                                      GetString(1313));
-    EXPECT_EQ(p.prompts[0].buttons, kMbOk);
-    EXPECT_EQ(p.prompts[0].style, kMbIconCritical);
   }
 }
 
-TEST_F(ColorTableFiles, JunkFilesLoadAsUnreadableAndSurviveASave) {
-  std::string junk;
-  for (int i = 0; i < 70000; ++i) junk += static_cast<char>((i * 7919 + i / 13) % 256);
-  junk += std::string(10 * 1024 * 1024, 'x');
-  Write(state.ClutFileName, "Version=93.07\n" + junk);
-  ASSERT_TRUE(LoadColorTable(p, state, true));
-  EXPECT_TRUE(SaveColorTable(p, state));
-  const std::string after = Read(state.ClutFileName);
-  const ClutLines lines = SplitClutLines(after, kClutIndexCount);
-  const ClutLines old = SplitClutLines("Version=93.07\n" + junk, kClutIndexCount);
-  EXPECT_EQ(lines.lines.size(), old.lines.size());
-  EXPECT_EQ(lines.trailer, old.trailer);  // everything after line 286, byte for byte
-}
-
-TEST_F(ColorTableFiles, UpgradeAndMarkRewriteAnOldFileFromItsReference) {
-  Write(state.ClutFileName, JoinClutLines(test::OwnLines("93.02")) + "trailer\r\n");
-  ColorTableState probe = state;
-  ASSERT_TRUE(UpgradeClut(p, probe, "93.02", kClutCurrentVersion));
-  ASSERT_TRUE(SetClutVersion(p, state.ClutFileName, "93.02"));
-  const auto lines = SplitClutLines(Read(state.ClutFileName)).lines;
+TEST_F(ColorTableFiles, AnUpgradeIsOneReplaceSoAFailureLeavesTheOldFileOrTheNewOne) {
+  const std::string old = JoinClutLines(test::OwnLines("93.02")) + "trailer\r\n";
+  std::string upgraded;
+  // Every file operation the load makes fails once, at each of its first three calls.
+  for (const char* step : {"", "ReadFile", "WriteNewFile", "MoveReplace", "CopyFileTo"}) {
+    for (int n = 1; n <= 3; ++n) {
+      SCOPED_TRACE(std::string(step) + " #" + std::to_string(n));
+      Write(state.ClutFileName, old);
+      p.SetFaultHook(FailNth(step, n));
+      p.allow_unscripted = true;
+      LoadColorTable(p, state, true, LoadReport::Quiet);
+      p.SetFaultHook(nullptr);
+      const std::string now = Read(state.ClutFileName);
+      if (upgraded.empty()) upgraded = now;
+      EXPECT_TRUE(now == old || now == upgraded);
+      // Loading again never moves the extended colours a second time.
+      ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::Quiet));
+      EXPECT_EQ(Read(state.ClutFileName), upgraded);
+    }
+  }
+  const auto lines = SplitClutLines(upgraded).lines;
   ASSERT_EQ(lines.size(), 286u);  // the trailer is dropped by the upgrade
   EXPECT_EQ(lines[0], "0 7 9 # mine 0 Version=93.07");
   EXPECT_EQ(lines[256], "#120 7 9 # mine 120");
   EXPECT_EQ(lines[130], test::FactoryLines()[130]);
-  bool found = false;
-  EXPECT_EQ(GetClutVersion(p, state.ClutFileName, found), "93.07");
-  EXPECT_TRUE(found);
-  EXPECT_TRUE(Leftovers().empty());
+  EXPECT_TRUE(NoTempFiles());
 }
 
-TEST_F(ColorTableFiles, UpgradeWithoutReferenceTellsTheUserAndChangesNothing) {
+TEST_F(ColorTableFiles, WithoutAReferenceTheUserIsToldOnceAndTheFileOnlyReMarked) {
   ASSERT_TRUE(p.RemoveFile(dir / "QLT830_colors$clut"));
-  Write(state.ClutFileName, JoinClutLines(test::OwnLines("93.04")));
-  const std::string before = Read(state.ClutFileName);
-  p.answers = {kIdOk};
-  EXPECT_FALSE(UpgradeClut(p, state, "93.04", "93.07"));
-  EXPECT_EQ(Read(state.ClutFileName), before);
-  ASSERT_EQ(p.prompts.size(), 1u);
+  const auto own = test::OwnLines("93.04");
+  Write(state.ClutFileName, JoinClutLines(own));
+  p.allow_unscripted = true;  // and "DVHOME not found" after each upgrade: this machine has no toolkit
+  ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
+  EXPECT_EQ(p.prompts.size(), 2u);
   EXPECT_EQ(p.prompts[0].text, GetString(1325) + state.ClutFileName + GetString(1326) + "93.04" + GetString(1327) +
                                    "93.07" + GetString(1328));
+  auto expected = own;
+  expected[0] = "0 7 9 # mine 0 Version=93.07";
+  EXPECT_EQ(SplitClutLines(Read(state.ClutFileName)).lines, expected);
+
   // The reference of the scheme folder's default table stands in for a missing one.
   const std::string other = dir / "QLT830_other.clut";
-  Write(other, JoinClutLines(test::OwnLines("93.04")));
+  Write(other, JoinClutLines(own));
   Write(dir / "QLT830_colors$clut", test::SourceFile("data/QLT830_colors$clut"));
   SetColorSchemeFolder(dir.path().substr(0, dir.path().size() - 1));
   state.ClutFileName = other;
-  EXPECT_TRUE(UpgradeClut(p, state, "93.04", "93.07"));
+  ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
   EXPECT_EQ(SplitClutLines(Read(other)).lines[18], test::FactoryLines()[18]);
 }
 
 class Sync : public ::testing::Test {
  protected:
   void SetUp() override {
-    p.host = [this](int kind, const std::string& text) {
-      return kind == kHostCreateFolder ? static_cast<bool>(p.CreateFolder(text)) : true;
-    };
-  }
-  int Copies() const {
-    int n = 0;
-    for (const auto& call : p.host_calls) n += call.first == kHostFileNotice;
-    return n;
+    p.host = [this](int kind, const std::string& text) { return kind != kHostCreateFolder || p.CreateFolder(text).ok; };
   }
   test::ScratchFolder global, app;
+  std::string schemes = app / "ColorSchemes\\";
   test::TestPlatform p;
 };
 
 TEST_F(Sync, CopiesPrefixedTablesAndReferencesOnceAndNeverOverwritesATable) {
   const std::string table = test::SourceFile("data/QLT830_colors.clut");
-  Write(global / "QLT830_colors.clut", table);
-  Write(global / "QLT830_colors$clut", table);
-  Write(global / "QLT830_night.clut", table);
-  Write(global / "QLT830_colors.clut.lock", "lock");
-  Write(global / "other.clut", table);
-  const std::string schemes = app / "ColorSchemes\\";
-  Write(app / "ColorSchemes", "");  // (a file, removed below: the host is asked for the folder)
-  ASSERT_TRUE(p.RemoveFile(app / "ColorSchemes"));
-
+  for (const char* name : {"QLT830_colors.clut", "QLT830_colors$clut", "QLT830_night.clut", "QLT830_colors.clut.lock", "other.clut"})
+    Write(global / name, table);
   EXPECT_EQ(SyncClutFiles(p, global.path(), schemes), 3);
-  EXPECT_EQ(p.host_calls.front(), std::make_pair(kHostCreateFolder, schemes));
-  EXPECT_EQ(Copies(), 2);  // the tables; a new reference file is not announced
-  auto names = p.ListFileNames(schemes);
-  std::sort(names.begin(), names.end());
-  EXPECT_EQ(names, (std::vector<std::string>{"QLT830_colors$clut", "QLT830_colors.clut", "QLT830_night.clut"}));
-
+  EXPECT_EQ(p.host_calls, (Calls{{kHostCreateFolder, schemes}, {kHostFileNotice, schemes + "QLT830_colors.clut"},
+                                 {kHostFileNotice, schemes + "QLT830_night.clut"}}));  // a new reference is not announced
   Write(schemes + "QLT830_night.clut", "edited by the application");
+  // A reference whose marker is empty has the same (empty) version as one without a marker.
+  Write(global / "QLT830_colors$clut", "0 0 0 # 0\r\n");
+  Write(schemes + "QLT830_colors$clut", "0 0 0 # 0 Version=\r\n");
   p.host_calls.clear();
   EXPECT_EQ(SyncClutFiles(p, global.path(), schemes), 0);
   EXPECT_TRUE(p.host_calls.empty());
   EXPECT_EQ(Read(schemes + "QLT830_night.clut"), "edited by the application");
-
   // A reference of another version is refreshed and announced.
   Write(global / "QLT830_colors$clut", "  0    0    0  # 0: Black Version=93.08\r\n");
   EXPECT_EQ(SyncClutFiles(p, global.path(), schemes), 1);
-  EXPECT_EQ(p.host_calls, (std::vector<std::pair<int, std::string>>{{kHostFileNotice, schemes + "QLT830_colors$clut"}}));
-  EXPECT_EQ(Read(schemes + "QLT830_colors$clut"), "  0    0    0  # 0: Black Version=93.08\r\n");
+  EXPECT_EQ(p.host_calls, (Calls{{kHostFileNotice, schemes + "QLT830_colors$clut"}}));
 }
 
-TEST_F(Sync, AtMostFiftyTablesAndNothingWhenTheHostCannotMakeTheFolder) {
+TEST_F(Sync, TheSchemeFolderIsAskedForEvenWithoutTablesAndReferencesGoByTheFullPath) {
+  EXPECT_EQ(SyncClutFiles(p, global.path(), schemes), 0);
+  EXPECT_EQ(p.host_calls, (Calls{{kHostCreateFolder, schemes}}));
+  // A dot in the global folder's name turns into "$" as well: its reference names nothing.
+  const std::string dotted = global / "dv.1\\";
+  ASSERT_TRUE(p.CreateFolder(dotted));
+  Write(dotted + "QLT830_colors.clut", "x");
+  Write(dotted + "QLT830_colors$clut", "x");
+  EXPECT_EQ(SyncClutFiles(p, dotted, schemes), 1);
+  EXPECT_FALSE(p.FileExists(schemes + "QLT830_colors$clut"));
+}
+
+TEST_F(Sync, AtMostFiftyTablesAndTheSchemeListSortedIgnoringCase) {
   for (int i = 0; i < 51; ++i) Write(global / ("QLT830_" + std::to_string(100 + i) + ".clut"), "x");
-  const std::string schemes = app / "ColorSchemes\\";
   p.host = [](int, const std::string&) { return false; };
   EXPECT_EQ(SyncClutFiles(p, global.path(), schemes), 0);
   EXPECT_FALSE(p.FolderExists(schemes));
@@ -244,24 +240,21 @@ TEST_F(Sync, AtMostFiftyTablesAndNothingWhenTheHostCannotMakeTheFolder) {
   EXPECT_EQ(SyncClutFiles(p, global.path(), schemes), 50);
   EXPECT_FALSE(p.FileExists(schemes + "QLT830_150.clut"));
 
-  // The scheme list takes 50 of them and then refuses another.
   ResetColorSchemeModule();
   SetColorSchemeFolder(app / "ColorSchemes");
-  Write(schemes + "zz_own.clut", "x");
+  Write(schemes + "\xc3\x9c" "bersicht.clut", "x");  // Übersicht
   LoadColorSchemeList(p);
   EXPECT_FALSE(CanAddColorScheme());
-  EXPECT_EQ(GetColorSchemeAt(0), schemes + "QLT830_100.clut");
   EXPECT_EQ(GetColorSchemeAt(49), schemes + "QLT830_149.clut");
   EXPECT_EQ(GetColorSchemeAt(50), "");
   int position = -1;
-  EXPECT_TRUE(FindColorScheme(schemes + "qlt830_105.CLUT", position));
+  EXPECT_TRUE(FindColorScheme(p, schemes + "qlt830_105.CLUT", position));
   EXPECT_EQ(position, 5);
-  EXPECT_FALSE(FindColorScheme(schemes + "zz_own.clut", position));
-  ASSERT_TRUE(p.RemoveFile(schemes + "QLT830_100.clut"));
-  ASSERT_TRUE(p.RemoveFile(schemes + "QLT830_101.clut"));
+  for (const char* name : {"QLT830_100.clut", "QLT830_101.clut"}) ASSERT_TRUE(p.RemoveFile(schemes + name));
   LoadColorSchemeList(p);
   EXPECT_TRUE(CanAddColorScheme());
-  EXPECT_EQ(GetColorSchemeAt(48), schemes + "zz_own.clut");
+  EXPECT_TRUE(FindColorScheme(p, schemes + "\xc3\xbc" "bersicht.CLUT", position));  // übersicht
+  EXPECT_EQ(position, 48);
 }
 
 }  // namespace

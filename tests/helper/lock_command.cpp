@@ -24,9 +24,7 @@ int HoldLock(const std::vector<std::string>& args) {
   if (args.size() < 5) return 2;
   clsLockFileCreator lock(tq::win::WinPlatform::Instance());
   std::string app = args[2], user = args[3];
-  int result = -1;
-  lock.CreateLockFile(args[1], app, user, clsLockFileCreator::kModeOpen, 1, result);
-  if (result != clsLockFileCreator::kLocked) return 3;
+  if (lock.CreateLockFile(args[1], app, user, tq::LockMode::Open, true) != tq::LockResult::Locked) return 3;
   tq::test::SignalReady(args[0]);
   Sleep(static_cast<DWORD>(std::stoul(args[4])));
   return 0;
@@ -44,9 +42,7 @@ int RaceLock(const std::vector<std::string>& args) {
 
   clsLockFileCreator lock(platform);
   std::string app = "Racer", user = std::to_string(GetCurrentProcessId());
-  int result = -1;
-  lock.CreateLockFile(args[1], app, user, clsLockFileCreator::kModeOpen, 1, result);
-  if (result == clsLockFileCreator::kLocked) {
+  if (lock.CreateLockFile(args[1], app, user, tq::LockMode::Open, true) == tq::LockResult::Locked) {
     Sleep(static_cast<DWORD>(std::stoul(args[3])));
     return 0;
   }

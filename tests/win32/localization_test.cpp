@@ -13,113 +13,42 @@
 namespace tq {
 namespace {
 
-using test::TempFolder;
-
-std::string Folder(const TempFolder& t) {  // the control library's folder has no trailing "\"
-  std::string f = t.path();
-  f.pop_back();
-  return f;
-}
-
-void AddLibrary(const TempFolder& t, const std::string& from_folder, const std::string& code) {
-  test::CopyTree(from_folder + code + "\\", t.path() + code + "\\");
-}
-
 const std::string kShipped = test::ExeFolder();                     // bin\EN, bin\DE
-const std::string kTestLangs = test::BuildFolder() + "testlangs\\";  // XX, marked EN
+const std::string kTestLangs = test::BuildFolder() + "testlangs\\";  // XX (partial), EN (marked texts)
 
-template <typename F>
-void OnFreshThread(F f) {
-  std::thread(f).join();
-}
-
-TEST(Localization, GermanLibraryIsUsedWhenPresent) {
-  TempFolder t;
-  AddLibrary(t, kShipped, "DE");
-  AddLibrary(t, kShipped, "EN");
-  OnFreshThread([&] {
-    LoadLanguageLibraryFrom(win::WinPlatform::Instance(), Folder(t), "DE");
-    EXPECT_EQ(GetString(1202), "Abbrechen");
-    EXPECT_EQ(GetString(1209), "L\xc3\xb6schen");  // umlaut survives as UTF-8
-    EXPECT_EQ(GetString(1552), "Ja");
-  });
-}
-
-TEST(Localization, MissingLanguageFallsBackToTheEnglishLibrary) {
-  TempFolder t;
-  AddLibrary(t, kTestLangs, "EN");
-  OnFreshThread([&] {
-    LoadLanguageLibraryFrom(win::WinPlatform::Instance(), Folder(t), "DE");
-    EXPECT_TRUE(HasLanguageLibrary());
-    EXPECT_EQ(GetString(1202), "Cancel (EN library)");
-    EXPECT_EQ(GetString(1203), "More...");  // not in that library: built-in
-  });
-}
-
-TEST(Localization, NoLibraryAtAllUsesTheBuiltInTable) {
-  TempFolder t;
-  OnFreshThread([&] {
-    LoadLanguageLibraryFrom(win::WinPlatform::Instance(), Folder(t), "DE");
-    EXPECT_FALSE(HasLanguageLibrary());
-    EXPECT_EQ(GetString(1202), "Cancel");
-    EXPECT_EQ(GetString(1003), "");
-  });
-}
-
-TEST(Localization, IdMissingFromTheLibraryComesFromTheBuiltInTable) {
-  TempFolder t;
-  AddLibrary(t, kTestLangs, "XX");
-  OnFreshThread([&] {
-    LoadLanguageLibraryFrom(win::WinPlatform::Instance(), Folder(t), "XX");
-    EXPECT_EQ(GetString(1202), "Abbruch XX");
-    EXPECT_EQ(GetString(1210), "Priorities (Severities)");
-  });
-}
-
-TEST(Localization, LongLibraryStringIsCutTo254Characters) {
-  TempFolder t;
-  AddLibrary(t, kTestLangs, "XX");
-  OnFreshThread([&] {
-    LoadLanguageLibraryFrom(win::WinPlatform::Instance(), Folder(t), "XX");
-    const std::string text = GetString(101);
-    ASSERT_EQ(text.size(), 254u);
-    EXPECT_EQ(text.substr(0, 12), "012345678901");
-  });
-}
-
-TEST(Localization, HostileLanguageCodesNeverReachAPath) {
-  TempFolder t;
-  AddLibrary(t, kTestLangs, "EN");
-  AddLibrary(t, kTestLangs, "XX");
-  // Unfiltered, the code XX\..\XX would load t\XX\ColorSettingTool_XX\..\XX.dll, that is t\XX\XX.dll.
-  ASSERT_TRUE(CopyFileW(test::W(t / "XX\\ColorSettingTool_XX.dll").c_str(), test::W(t / "XX\\XX.dll").c_str(), FALSE));
-  for (const char* code : {"XX\\..\\XX", "..\\XX", "C:\\XX", "", "XX.dll", "X X"}) {
-    OnFreshThread([&] {
-      LoadLanguageLibraryFrom(win::WinPlatform::Instance(), Folder(t), code);
-      EXPECT_EQ(GetString(1202), "Cancel (EN library)") << code;
-    });
+TEST(Localization, LibraryOfTheLanguageThenEnglishThenTheBuiltInTable) {
+  const std::string long_text = std::string("012345678901");
+  const struct {
+    const char* name;
+    std::vector<std::pair<std::string, std::string>> libraries;  // (from folder, code)
+    std::vector<std::string> languages;                          // loaded in order
+    std::vector<std::pair<int, std::string>> expected;
+  } cases[] = {
+      {"German", {{kShipped, "DE"}, {kShipped, "EN"}}, {"DE"}, {{1202, "Abbrechen"}, {1209, "L\xc3\xb6schen"}}},
+      {"missing language", {{kTestLangs, "EN"}}, {"DE"}, {{1202, "Cancel (EN library)"}, {1203, "More..."}}},
+      {"no library", {}, {"DE"}, {{1202, "Cancel"}, {1003, ""}}},
+      {"partial library", {{kTestLangs, "XX"}}, {"XX"}, {{1202, "Abbruch XX"}, {1210, "Priorities (Severities)"}}},
+      {"failed later load", {{kShipped, "DE"}}, {"DE", "FR\\..\\DE", "FR"}, {{1202, "Abbrechen"}}},
+      {"hostile codes", {{kTestLangs, "EN"}, {kTestLangs, "XX"}}, {"XX\\..\\XX"}, {{1202, "Cancel (EN library)"}}},
+      {"damaged", {{kTestLangs, "EN"}}, {"ZZ"}, {{1202, "Cancel (EN library)"}}},
+  };
+  for (const auto& c : cases) {
+    test::TempFolder t;
+    for (const auto& [from, code] : c.libraries) test::CopyTree(from + code + "\\", t.path() + code + "\\");
+    // Unfiltered, XX\..\XX would load t\XX\ColorSettingTool_XX\..\XX.dll, that is t\XX\XX.dll.
+    CopyFileW(test::W(t / "XX\\ColorSettingTool_XX.dll").c_str(), test::W(t / "XX\\XX.dll").c_str(), FALSE);
+    CreateDirectoryW(test::W(t / "ZZ").c_str(), nullptr);
+    test::WriteBytes(t / "ZZ\\ColorSettingTool_ZZ.dll", std::string("MZ\x90\0junk", 8) + std::string(5000, '\xcc'));
+    std::thread([&] {
+      for (const auto& language : c.languages)
+        LoadLanguageLibraryFrom(win::WinPlatform::Instance(), t.path().substr(0, t.path().size() - 1), language);
+      for (const auto& [id, text] : c.expected) EXPECT_EQ(GetString(id), text) << c.name << " " << id;
+      if (std::string(c.name) == "partial library") {
+        EXPECT_EQ(GetString(101).size(), 254u);  // a longer library string is cut
+        EXPECT_EQ(GetString(101).substr(0, 12), long_text);
+      }
+    }).join();
   }
-}
-
-TEST(Localization, ADamagedLibraryCountsAsMissing) {
-  TempFolder t;
-  AddLibrary(t, kTestLangs, "EN");
-  CreateDirectoryW(test::W(t / "DE").c_str(), nullptr);
-  test::WriteBytes(t / "DE\\ColorSettingTool_DE.dll", std::string("MZ\x90\0junk", 8) + std::string(5000, '\xcc'));
-  OnFreshThread([&] {
-    LoadLanguageLibraryFrom(win::WinPlatform::Instance(), Folder(t), "DE");
-    EXPECT_EQ(GetString(1202), "Cancel (EN library)");
-  });
-}
-
-TEST(Localization, AFailedLaterLoadKeepsTheEarlierLibrary) {
-  TempFolder a, b;
-  AddLibrary(a, kShipped, "DE");
-  OnFreshThread([&] {
-    LoadLanguageLibraryFrom(win::WinPlatform::Instance(), Folder(a), "DE");
-    LoadLanguageLibraryFrom(win::WinPlatform::Instance(), Folder(b), "FR");
-    EXPECT_EQ(GetString(1202), "Abbrechen");
-  });
 }
 
 TEST(Localization, ShippedLibrariesAndTheControlCarryEveryEnglishId) {
@@ -130,18 +59,14 @@ TEST(Localization, ShippedLibrariesAndTheControlCarryEveryEnglishId) {
   ASSERT_TRUE(control && en && de);
   for (std::size_t i = 0; i < kBuiltinStringCount; ++i) {
     const auto& entry = kBuiltinStrings[i];
-    std::string expected(entry.text);
-    if (expected.size() > 254) expected.resize(254);
+    const std::string expected = std::string(entry.text).substr(0, 254);
     EXPECT_EQ(platform.LibraryString(control, entry.id), expected) << entry.id;
     EXPECT_EQ(platform.LibraryString(en, entry.id), expected) << entry.id;
     EXPECT_FALSE(platform.LibraryString(de, entry.id).empty()) << entry.id;
   }
-}
-
-TEST(Localization, ModuleFolderIsTheFolderOfTheCodeWithoutTrailingBackslash) {
-  std::string expected = test::ExeFolder();
-  expected.pop_back();
-  EXPECT_TRUE(EqualsIgnoreCase(win::WinPlatform::Instance().ModuleFolder(), expected));
+  std::string folder = test::ExeFolder();
+  folder.pop_back();
+  EXPECT_TRUE(EqualsIgnoreCase(platform, platform.ModuleFolder(), folder));
 }
 
 }  // namespace

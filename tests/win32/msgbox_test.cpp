@@ -6,84 +6,50 @@
 
 #include "common/win_test_support.h"
 #include "support/localization.h"
-#include "support/platform.h"
 #include "win32/msgbox.h"
 #include "win32/win_platform.h"
 
 namespace tq {
 namespace {
 
-using test::AnswerMessageBox;
-
-std::string ShippedFolder() {
-  std::string f = test::ExeFolder();
-  f.pop_back();
-  return f;
+TEST(MsgBox, ButtonCaptionsPromptAndTitleInTheUsersLanguage) {
+  const struct {
+    const char* language;
+    int buttons, press, result;
+    std::wstring caption;  // of the pressed button
+  } cases[] = {
+      {"EN", kMbYesNo, IDNO, kIdNo, L"No"},    {"EN", kMbOk, IDOK, kIdOk, L"OK"},
+      {"DE", kMbYesNo, IDYES, kIdYes, L"Ja"},  {"DE", kMbYesNo, IDNO, kIdNo, L"Nein"},
+      {"DE", 1, IDCANCEL, IDCANCEL, L"Cancel"},  // other sets keep the system's words
+  };
+  std::string folder = test::ExeFolder();
+  folder.pop_back();
+  for (const auto& c : cases) {
+    std::thread([&] {
+      LoadLanguageLibraryFrom(win::WinPlatform::Instance(), folder, c.language);
+      const std::string title = GetString(1301) + " \xc3\xa4\xc3\xb6\xc3\xbc " + c.language;
+      auto seen = test::AnswerMessageBox(test::W(title), c.press);
+      int buttons = c.buttons;
+      EXPECT_EQ(win::ShowMessage(GetString(1311), buttons, kMbIconExclamation, title), c.result);
+      EXPECT_EQ(buttons, c.buttons + kMbIconExclamation);
+      const auto box = seen.get();
+      ASSERT_TRUE(box.found) << title;
+      EXPECT_EQ(box.text, test::W(GetString(1311)));
+      const std::wstring pressed = c.press == IDOK ? box.ok : c.press == IDYES ? box.yes : c.press == IDNO ? box.no : box.cancel;
+      EXPECT_EQ(pressed, c.caption) << c.language;
+    }).join();
+  }
 }
 
-TEST(MessageBox, EnglishYesNoShowsTheTextsAndReturnsTheAnswer) {
-  std::thread([] {
-    auto no = AnswerMessageBox(L"EN question", IDNO);
-    int buttons = kMbYesNo;
-    EXPECT_EQ(win::ShowMessage("Save?", buttons, kMbIconExclamation | kMbDefButton2, "EN question"), kIdNo);
-    EXPECT_EQ(buttons, 0x134);
-    const auto seen = no.get();
-    ASSERT_TRUE(seen.found);
-    EXPECT_EQ(seen.yes, L"Yes");
-    EXPECT_EQ(seen.no, L"No");
-    EXPECT_EQ(seen.text, L"Save?");
-
-    auto ok = AnswerMessageBox(L"EN notice", IDOK);
-    buttons = kMbOk;
-    EXPECT_EQ(win::ShowMessage("Done.", buttons, kMbIconCritical, "EN notice"), kIdOk);
-    EXPECT_EQ(buttons, kMbIconCritical);
-    EXPECT_EQ(ok.get().ok, L"OK");
-  }).join();
+thread_local int t_boxes_seen = 0;
+LRESULT CALLBACK HostsOwnHook(int code, WPARAM wparam, LPARAM lparam) {
+  if (code == HCBT_ACTIVATE && test::WindowText(reinterpret_cast<HWND>(wparam)) == L"Owned") ++t_boxes_seen;
+  return CallNextHookEx(nullptr, code, wparam, lparam);
 }
 
-TEST(MessageBox, GermanButtonsPromptAndTitleReachTheScreen) {
+TEST(MsgBox, OwnedByTheActiveWindowAndTheHostsHooksStillSeeIt) {
   std::thread([] {
-    LoadLanguageLibraryFrom(win::WinPlatform::Instance(), ShippedFolder(), "DE");
-    const std::string title = GetString(1301) + " \xc3\xa4\xc3\xb6\xc3\xbc";  // Farbeinstellungen äöü
-    auto yes = AnswerMessageBox(test::W(title), IDYES);
-    int buttons = kMbYesNo;
-    EXPECT_EQ(win::ShowMessage(GetString(1311), buttons, kMbIconExclamation, title), kIdYes);
-    const auto seen = yes.get();
-    ASSERT_TRUE(seen.found);
-    EXPECT_EQ(seen.yes, L"Ja");
-    EXPECT_EQ(seen.no, L"Nein");
-    EXPECT_EQ(seen.text, L"M\u00f6chten Sie die \u00c4nderungen speichern?");
-
-    auto no = AnswerMessageBox(L"DE no", IDNO);
-    buttons = kMbYesNo;
-    EXPECT_EQ(win::ShowMessage("?", buttons, 0, "DE no"), kIdNo);
-    EXPECT_EQ(no.get().no, L"Nein");
-
-    auto ok = AnswerMessageBox(L"DE ok", IDOK);
-    buttons = kMbOk;
-    EXPECT_EQ(win::ShowMessage("!", buttons, kMbIconExclamation, "DE ok"), kIdOk);
-    EXPECT_EQ(ok.get().ok, L"OK");  // 1551 is "OK" in German too
-  }).join();
-}
-
-TEST(MessageBox, OtherButtonSetsKeepSystemCaptionsAndLaterBoxesAreStillLocalised) {
-  std::thread([] {
-    LoadLanguageLibraryFrom(win::WinPlatform::Instance(), ShippedFolder(), "DE");
-    auto cancel = AnswerMessageBox(L"OK/Cancel", IDCANCEL);
-    int buttons = 1;  // OK and Cancel
-    EXPECT_EQ(win::ShowMessage("?", buttons, 0, "OK/Cancel"), IDCANCEL);
-    const auto seen = cancel.get();
-    EXPECT_EQ(seen.cancel, L"Cancel");  // the system's word, not a translation
-
-    auto yes = AnswerMessageBox(L"after", IDYES);
-    buttons = kMbYesNo;
-    EXPECT_EQ(win::ShowMessage("?", buttons, 0, "after"), kIdYes);
-    EXPECT_EQ(yes.get().yes, L"Ja");
-  }).join();
-}
-
-TEST(MessageBox, WithAnActiveWindowTheBoxIsOwnedByIt) {
-  std::thread([] {
+    HHOOK hook = SetWindowsHookExW(WH_CBT, HostsOwnHook, nullptr, GetCurrentThreadId());
     HWND owner = CreateWindowExW(0, L"STATIC", L"Owner", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 200, 100, nullptr,
                                  nullptr, nullptr, nullptr);
     ASSERT_TRUE(owner);
@@ -97,7 +63,9 @@ TEST(MessageBox, WithAnActiveWindowTheBoxIsOwnedByIt) {
     int buttons = kMbOk;
     EXPECT_EQ(win::ShowMessage("owned", buttons, 0, "Owned"), kIdOk);
     EXPECT_EQ(ok.get(), owner);
+    EXPECT_EQ(t_boxes_seen, 1);
     DestroyWindow(owner);
+    UnhookWindowsHookEx(hook);
   }).join();
 }
 

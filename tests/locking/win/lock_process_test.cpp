@@ -42,9 +42,7 @@ TEST(LockBetweenProcesses, RefusedSideNamesTheHolderAndTheUserChoosesAndAKilledH
 
     auto no = AnswerMessageBox(title, IDNO);
     std::string app = "Mine", user = "me";
-    int result = -1;
-    c.CreateLockFile(file, app, user, Creator::kModeOpenOrReadOnly, 0, result);
-    EXPECT_EQ(result, Creator::kRefused);
+    EXPECT_EQ(c.CreateLockFile(file, app, user, LockMode::OpenOrReadOnly, false), LockResult::Refused);
     EXPECT_FALSE(c.ReadOnly());
     EXPECT_EQ(app, "ProcessDisplay");
     EXPECT_EQ(user, "op1");
@@ -61,8 +59,7 @@ TEST(LockBetweenProcesses, RefusedSideNamesTheHolderAndTheUserChoosesAndAKilledH
       EXPECT_NE(seen.text.find(W(part)), std::wstring::npos) << part;
 
     auto yes = AnswerMessageBox(title, IDYES);
-    c.CreateLockFile(file, app, user, Creator::kModeOpenOrReadOnly, 0, result);
-    EXPECT_EQ(result, Creator::kReadOnlyChosen);
+    EXPECT_EQ(c.CreateLockFile(file, app, user, LockMode::OpenOrReadOnly, false), LockResult::ReadOnlyChosen);
     EXPECT_TRUE(c.ReadOnly());
     EXPECT_TRUE(yes.get().found);
 
@@ -79,9 +76,7 @@ TEST(LockBetweenProcesses, RefusedSideNamesTheHolderAndTheUserChoosesAndAKilledH
   {
     Creator next(win::WinPlatform::Instance());
     std::string app = "Next", user = "op2";
-    int result = -1;
-    next.CreateLockFile(file, app, user, Creator::kModeOpenOrReadOnly, 0, result);
-    EXPECT_EQ(result, Creator::kLocked);
+    EXPECT_EQ(next.CreateLockFile(file, app, user, LockMode::OpenOrReadOnly, false), LockResult::Locked);
     EXPECT_TRUE(next.IsLockedByMe(file, "Next", "op2"));
     EXPECT_TRUE(Hidden(lock));
     // The share mode: readers are let in, a second writer is not.

@@ -1,0 +1,184 @@
+#include "control/dispatch.h"
+
+#include <cstring>
+#include <new>
+
+namespace tq::com {
+namespace {
+
+constexpr wchar_t kSource[] = L"TqColorSettingTool.ctlTqColorSetting";
+
+bool IsMissing(const VARIANT* arg) {
+  return !arg || (arg->vt == VT_ERROR && arg->scode == DISP_E_PARAMNOTFOUND);
+}
+
+HRESULT DefaultOf(const ParamSpec& param, Variant& out) {
+  VARIANT* v = out.put();
+  switch (param.type) {
+    case VT_BSTR:
+      v->bstrVal = SysAllocString(L"");
+      if (!v->bstrVal) return E_OUTOFMEMORY;
+      break;
+    case VT_VARIANT:
+      v->vt = VT_ERROR;
+      v->scode = DISP_E_PARAMNOTFOUND;
+      return S_OK;
+    default:
+      v->llVal = 0;  // 0 and False alike
+      break;
+  }
+  v->vt = param.type;
+  return S_OK;
+}
+
+// Overflow is reported as such; every other failure to convert is a type mismatch.
+HRESULT Coerce(const VARIANT& arg, VARTYPE type, Variant& out) {
+  if (FAILED(CopyDereferenced(arg, out))) return DISP_E_TYPEMISMATCH;
+  if (type == VT_VARIANT) return S_OK;
+  const HRESULT hr = VariantChangeType(out.get(), out.get(), 0, type);
+  if (hr == DISP_E_OVERFLOW || hr == E_OUTOFMEMORY) return hr;
+  return FAILED(hr) ? DISP_E_TYPEMISMATCH : S_OK;
+}
+
+// Size of the value a VT_BYREF of a scalar type points to; 0 = not written back.
+std::size_t ScalarSize(VARTYPE type) {
+  struct Row {
+    VARTYPE type;
+    std::size_t size;
+  };
+  static const Row rows[] = {{VT_I1, 1},  {VT_UI1, 1},  {VT_I2, 2},   {VT_UI2, 2},  {VT_BOOL, 2},
+                             {VT_I4, 4},  {VT_UI4, 4},  {VT_INT, 4},  {VT_UINT, 4}, {VT_R4, 4},
+                             {VT_ERROR, 4}, {VT_I8, 8}, {VT_UI8, 8},  {VT_R8, 8},   {VT_CY, 8},
+                             {VT_DATE, 8}};
+  for (const Row& row : rows)
+    if (row.type == type) return row.size;
+  return 0;
+}
+
+// Writes a by-reference argument back into the caller's storage, converted to the
+// type the caller used; a caller type it cannot take (object, array, Empty) stays.
+void WriteBack(VARIANT& caller, Variant& value) {
+  if (!(caller.vt & VT_BYREF) || (caller.vt & VT_ARRAY)) return;
+  VARIANT* target = &caller;
+  while (target->vt == (VT_BYREF | VT_VARIANT) && target->pvarVal) target = target->pvarVal;
+  Variant converted;
+  if (!(target->vt & VT_BYREF)) {  // a variant the caller owns: replace its value
+    if (target->vt == VT_EMPTY || target->vt == VT_NULL || target->vt == VT_DISPATCH || target->vt == VT_UNKNOWN ||
+        (target->vt & VT_ARRAY))
+      return;
+    if (FAILED(VariantChangeType(converted.get(), value.get(), 0, target->vt))) return;
+    VariantClear(target);
+    converted.MoveTo(target);
+    return;
+  }
+  const VARTYPE type = target->vt & ~VT_BYREF;
+  if (!target->byref || FAILED(VariantChangeType(converted.get(), value.get(), 0, type))) return;
+  if (type == VT_BSTR) {
+    SysFreeString(*target->pbstrVal);
+    *target->pbstrVal = converted->bstrVal;
+    converted->vt = VT_EMPTY;  // ownership moved to the caller
+  } else if (type == VT_DECIMAL) {
+    *target->pdecVal = converted->decVal;
+    target->pdecVal->wReserved = 0;
+  } else if (std::size_t size = ScalarSize(type)) {
+    std::memcpy(target->byref, &converted->llVal, size);
+  }
+}
+
+void FillException(EXCEPINFO* exception, const std::string& description) {
+  if (!exception) return;
+  *exception = EXCEPINFO{};
+  exception->scode = E_FAIL;
+  exception->bstrSource = SysAllocString(kSource);
+  exception->bstrDescription = NewBstr(description);
+}
+
+}  // namespace
+
+HRESULT LookUpNames(std::span<const MemberSpec> members, LPOLESTR* names, UINT count, DISPID* ids) {
+  if (!names || !ids) return E_POINTER;
+  if (count == 0) return S_OK;
+  for (UINT i = 0; i < count; ++i) ids[i] = DISPID_UNKNOWN;
+  const MemberSpec* member = nullptr;
+  for (const MemberSpec& m : members)
+    if (names[0] && _wcsicmp(names[0], m.name) == 0) member = &m;
+  if (!member) return DISP_E_UNKNOWNNAME;
+  ids[0] = member->id;
+  HRESULT hr = S_OK;
+  for (UINT i = 1; i < count; ++i) {
+    for (std::size_t p = 0; p < member->params.size(); ++p)
+      if (names[i] && _wcsicmp(names[i], member->params[p].name) == 0) ids[i] = static_cast<DISPID>(p);
+    if (ids[i] == DISPID_UNKNOWN) hr = DISP_E_UNKNOWNNAME;
+  }
+  return hr;
+}
+
+HRESULT InvokeMember(std::span<const MemberSpec> members, ctlTqColorSetting& control, DISPID id, WORD flags,
+                     DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception, UINT* arg_err) {
+  const MemberSpec* member = nullptr;
+  for (const MemberSpec& m : members)
+    if (m.id == id) member = &m;
+  if (!member || !(flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET))) return DISP_E_MEMBERNOTFOUND;
+  DISPPARAMS none{};
+  if (!params) params = &none;
+  if (params->cNamedArgs > params->cArgs || (params->cArgs && !params->rgvarg)) return E_INVALIDARG;
+
+  // Where each declared parameter comes from (rgvarg holds the positional ones reversed).
+  const std::size_t count = member->params.size();
+  const UINT positional = params->cArgs - params->cNamedArgs;
+  if (positional > count) return DISP_E_BADPARAMCOUNT;
+  std::vector<int> source(count, -1);
+  for (UINT i = 0; i < positional; ++i) source[i] = static_cast<int>(params->cArgs - 1 - i);
+  for (UINT j = 0; j < params->cNamedArgs; ++j) {
+    const DISPID named = params->rgdispidNamedArgs ? params->rgdispidNamedArgs[j] : -1;
+    if (named < 0 || static_cast<std::size_t>(named) >= count || source[named] >= 0) {
+      if (arg_err) *arg_err = j;
+      return DISP_E_PARAMNOTFOUND;
+    }
+    source[named] = static_cast<int>(j);
+  }
+
+  try {
+    Args args(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      const ParamSpec& declared = member->params[i];
+      VARIANT* arg = source[i] >= 0 ? &params->rgvarg[source[i]] : nullptr;
+      HRESULT hr;
+      if (IsMissing(arg)) {
+        if (!declared.optional) return DISP_E_PARAMNOTFOUND;
+        hr = DefaultOf(declared, args[i]);
+      } else {
+        hr = Coerce(*arg, declared.type, args[i]);
+      }
+      if (FAILED(hr)) {
+        if (arg_err && source[i] >= 0) *arg_err = static_cast<UINT>(source[i]);
+        return hr;
+      }
+    }
+
+    Variant value;
+    Failure failure;
+    member->body(control, args, value, failure);
+    if (failure.code == DISP_E_EXCEPTION) {
+      FillException(exception, failure.description);
+      return DISP_E_EXCEPTION;
+    }
+    if (FAILED(failure.code)) {
+      if (arg_err && failure.param >= 0 && source[failure.param] >= 0) *arg_err = static_cast<UINT>(source[failure.param]);
+      return failure.code;
+    }
+    for (std::size_t i = 0; i < count; ++i)
+      if (member->params[i].by_ref && source[i] >= 0) WriteBack(params->rgvarg[source[i]], args[i]);
+    if (result) value.MoveTo(result);
+    return S_OK;
+  } catch (const std::bad_alloc&) {
+    return E_OUTOFMEMORY;
+  } catch (const std::exception& e) {
+    FillException(exception, e.what());
+  } catch (...) {
+    FillException(exception, "Unexpected error");
+  }
+  return DISP_E_EXCEPTION;
+}
+
+}  // namespace tq::com

@@ -1,0 +1,353 @@
+#include "editor/session.h"
+
+#include "support/thread_owned.h"
+
+#include "colortable/clut_locations.h"
+#include "editor/host_exchange.h"
+#include "locking/lock_file_creator.h"
+#include "support/localization.h"
+
+namespace tq {
+
+namespace {
+
+constexpr int kFirstTextId = 1301;
+
+SessionError TypeMismatch() { return {SessionError::Kind::TypeMismatch, "Type mismatch"}; }
+
+// One SetObjectValue key: the conversion the COM layer applies, and what the session
+// does with the converted value (nothing for the keys the COM layer handles itself).
+struct KeyRule {
+  const char* key;
+  ValueConversion conversion;
+  void (*apply)(frmTqColorSetting&, ControlInstanceState&, const SessionValue&);
+};
+
+const KeyRule* FindKeyRule(const std::string& key) {
+  using S = frmTqColorSetting;
+  using C = ControlInstanceState;
+  using V = SessionValue;
+  static const KeyRule rules[] = {
+      {"UserName", ValueConversion::String, [](S& s, C&, const V& v) { s.userName = std::get<std::string>(v); }},
+      {"Language", ValueConversion::String, [](S& s, C&, const V& v) { s.Language(std::get<std::string>(v)); }},
+      {"ApplicationName", ValueConversion::String, [](S& s, C&, const V& v) { s.ApplicationName = std::get<std::string>(v); }},
+      {"ApplicationNumber", ValueConversion::Int16, [](S& s, C&, const V& v) { s.ApplicationNumber = std::get<std::int16_t>(v); }},
+      {"HostApplication", ValueConversion::String, [](S& s, C&, const V& v) { s.HostApplication(std::get<std::string>(v)); }},
+      {"AppFolder", ValueConversion::String, [](S& s, C&, const V& v) { s.AppFolder = std::get<std::string>(v); }},
+      {"UserFolder", ValueConversion::String, [](S& s, C&, const V& v) { s.UserFolder = std::get<std::string>(v); }},
+      // The key without suffix has always set the tools level.
+      {"AuthorizationLevel", ValueConversion::Int16,
+       [](S& s, C&, const V& v) { s.AuthorizationLevelTools = std::get<std::int16_t>(v); }},
+      {"AuthorizationLevelGeneral", ValueConversion::Int16,
+       [](S& s, C&, const V& v) { s.AuthorizationLevelGeneral = std::get<std::int16_t>(v); }},
+      {"ListCommRef", ValueConversion::HostObject, nullptr},
+      {"bUseListCommRef", ValueConversion::NoValue, nullptr},
+      {"Pipeline", ValueConversion::Bool, [](S& s, C&, const V& v) { s.PipelineEnabled = std::get<bool>(v); }},
+      {"Initialize", ValueConversion::ExactText,
+       [](S& s, C& c, const V& v) {
+         const auto* text = std::get_if<std::string>(&v);
+         if (!text || *text != "ColorScheme") return;
+         s.ResolveSessionClutFile("");
+         c.ColorSchemeInitialized = true;
+       }},
+      {"SendColorValues", ValueConversion::NoValue, [](S& s, C&, const V&) { s.SendColorValues(); }},
+      {"UseCustomFileDlg", ValueConversion::Bool,
+       [](S& s, C& c, const V& v) {
+         s.UseCustomFileDlg = std::get<bool>(v);
+         s.CustomFileDlg = c.CustomFileDlg;
+       }},
+      {"hwndParentView", ValueConversion::Int32, [](S& s, C&, const V& v) { s.hwndParent = std::get<std::int32_t>(v); }},
+  };
+  for (const KeyRule& rule : rules)
+    if (key == rule.key) return &rule;
+  return nullptr;
+}
+
+// Whether a value converted by the COM layer has the type its key asks for.
+bool HoldsConversion(const SessionValue& value, ValueConversion conversion) {
+  switch (conversion) {
+    case ValueConversion::String: return std::holds_alternative<std::string>(value);
+    case ValueConversion::Int16: return std::holds_alternative<std::int16_t>(value);
+    case ValueConversion::Int32: return std::holds_alternative<std::int32_t>(value);
+    case ValueConversion::Bool: return std::holds_alternative<bool>(value);
+    default: return true;
+  }
+}
+
+thread_local ThreadOwned<frmTqColorSetting> t_session;
+
+}  // namespace
+
+ValueConversion SetObjectValueConversion(const std::string& key) {
+  const KeyRule* rule = FindKeyRule(key);
+  return rule ? rule->conversion : ValueConversion::Unknown;
+}
+
+EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorization_level_tools,
+                                   bool restore_copy_exists, bool disable_ok, bool ok_before) {
+  // Levels below 2 (the initial -1 included) may neither edit, nor edit schemes, nor restore.
+  const bool allowed = authorization_level_tools >= 2;
+  const bool editable = enable_changes && allowed;
+  EnableDecision d;
+  d.title_id = editable ? 1301 : 1302;
+  d.ok = editable || (ok_before && !disable_ok);
+  d.import_export = d.colour_buttons = d.save = editable;
+  // Switched off by the host only, the user may still pick a scheme to look at.
+  d.scheme_list = editable || allowed;
+  d.restore_defaults = editable && restore_copy_exists;
+  // A table that has a restore copy is a factory table: it cannot be deleted.
+  d.delete_scheme = editable && !restore_copy_exists;
+  return d;
+}
+
+frmTqColorSetting& frmTqColorSetting::ThisThread(Platform& platform) {
+  if (!t_session.get()) t_session.Reset(std::make_unique<frmTqColorSetting>(platform));
+  t_session.get()->platform_ = &platform;
+  return *t_session.get();
+}
+
+void frmTqColorSetting::DiscardThisThread() { t_session.Reset(nullptr); }
+
+frmTqColorSetting::frmTqColorSetting(Platform& platform) : platform_(&platform) {
+  host_application_ = Text(kFirstTextId);  // still empty: no language yet
+  // CheckCanContinueCST fails until the colour-scheme initialisation has run.
+  ThisThreadColorSchemes().scheme_folder.clear();
+  GetDVHome();  // only for its message when the toolkit is missing
+  ClutFileName("");
+}
+
+frmTqColorSetting::~frmTqColorSetting() = default;
+
+// ---- Properties ----
+
+void frmTqColorSetting::ClutFileName(const std::string& value) { SetClutFileName(*platform_, table_, value); }
+
+void frmTqColorSetting::IniFileName(const std::string& value) {
+  ini_file_name_.clear();
+  if (!value.empty() && platform_->FileExists(value)) ini_file_name_ = platform_->AbsolutePath(value);
+}
+
+std::optional<bool> frmTqColorSetting::DlgReturnValue() const {
+  if (dlg_return_value_ == "True") return true;
+  if (dlg_return_value_ == "False") return false;
+  return std::nullopt;
+}
+
+void frmTqColorSetting::EnableChanges(bool value) {
+  enable_changes_ = value;
+  caption_ = Text(value ? 1301 : 1302);
+}
+
+void frmTqColorSetting::Language(const std::string& value) {
+  language_ = value;
+  LoadLanguageLibrary(*platform_, value);
+  for (std::size_t i = 0; i < texts_.size(); ++i) texts_[i] = GetString(kFirstTextId + static_cast<int>(i));
+}
+
+void frmTqColorSetting::HostApplication(const std::string& value) {
+  host_application_ = value.empty() ? Text(1301) : Text(1301) + " / " + value;
+}
+
+std::int16_t frmTqColorSetting::TabNumber() {
+  LoadForm();
+  return static_cast<std::int16_t>(selection_.TabNumber());
+}
+
+void frmTqColorSetting::TabNumber(std::int16_t value) {
+  LoadForm();
+  selection_.SetTabNumber(value);
+}
+
+std::int16_t frmTqColorSetting::CategoryNumber() {
+  LoadForm();
+  return static_cast<std::int16_t>(selection_.CategoryNumber());
+}
+
+void frmTqColorSetting::CategoryNumber(std::int16_t value) {
+  LoadForm();
+  selection_.SetCategoryNumber(value);
+}
+
+const std::string& frmTqColorSetting::Text(int id) const {
+  static const std::string none;
+  const int i = id - kFirstTextId;
+  return i >= 0 && i < static_cast<int>(texts_.size()) ? texts_[i] : none;
+}
+
+// ---- Methods ----
+
+bool frmTqColorSetting::CheckCanContinueCST(bool showMessage) {
+  if (!GetColorSchemeFolder().empty()) return true;
+  if (showMessage) {
+    int buttons = kMbOk;
+    platform_->ShowMessage(GetString(1323), buttons, kMbIconCritical, GetString(1301));
+  }
+  return false;
+}
+
+std::string frmTqColorSetting::GetDVHome() { return tq::GetDVHome(*platform_, table_); }
+
+std::string frmTqColorSetting::GetDefaultClutFile() { return tq::GetDefaultClutFile(*platform_, table_); }
+
+ColorTableArray frmTqColorSetting::GetColorsByIndexTable() { return tq::GetColorsByIndexTable(*platform_, table_); }
+
+std::int32_t frmTqColorSetting::GetColorByIndex(std::int16_t index) {
+  return tq::GetColorByIndex(*platform_, table_, index);
+}
+
+void frmTqColorSetting::SendColorValues() { tq::SendColorValues(*platform_, table_); }
+
+void frmTqColorSetting::cmbInitializeColorSchemes() {
+  LoadForm();  // the scheme list is one of the window's controls
+  LoadColorSchemeList(*platform_);
+  int position = 0;
+  scheme_list_index_ = FindColorScheme(*platform_, ClutFileName(), position) ? position : 0;
+}
+
+int frmTqColorSetting::SyncClutFilesFromGlobalToApp() { return tq::SyncClutFilesFromGlobalToApp(*platform_, table_); }
+
+void frmTqColorSetting::LockFileCheck(bool lock) {
+  if (lock)
+    CreateLockFile();
+  else
+    ReleaseLockFile();
+}
+
+void frmTqColorSetting::CreateLockFile() {
+  if (!enable_changes_) return;  // a read-only editor takes no lock
+  // The lock object may overwrite these with the holder's names; the session's stay.
+  std::string app = host_application_, user = userName;
+  if (!lock_) lock_ = std::make_unique<clsLockFileCreator>(*platform_);
+  const LockResult result = lock_->CreateLockFile(ClutFileName(), app, user, LockMode::OpenOrReadOnly, false);
+  // A failed attempt has also closed any lock held before.
+  LockFileCreated = result == LockResult::Locked;
+  if (result == LockResult::ReadOnlyChosen) EnableChanges(false);
+  if (result == LockResult::Refused) table_.ClutError = true;
+}
+
+void frmTqColorSetting::ReleaseLockFile() {
+  lock_.reset();  // its destruction closes and deletes the lock file it created
+  LockFileCreated = false;
+}
+
+const EnableDecision& frmTqColorSetting::MakeEnableChanges(bool disableOK) {
+  LoadForm();
+  const bool restore_copy = !GetReferenceClutFile(*platform_, ClutFileName(), true, true).empty();
+  enablement_ = DecideEnableChanges(enable_changes_, AuthorizationLevelTools, restore_copy, disableOK, enablement_.ok);
+  caption_ = Text(enablement_.title_id);
+  return enablement_;
+}
+
+std::string frmTqColorSetting::ResolveSessionClutFile(const std::string& requested) {
+  return InitColorSchemes(*platform_, table_, AppFolder, UserFolder, requested);
+}
+
+void frmTqColorSetting::RecordDefinedClutFile() {
+  SetRememberedClutFile(ClutFileName());
+  SaveIniClutFile(*platform_);
+}
+
+// ---- The window's life ----
+
+void frmTqColorSetting::LoadForm() {
+  if (loaded_) return;
+  loaded_ = true;  // first, so that the steps below may read the selection
+  selection_ = TabSelection(PipelineEnabled);
+  voltage_names_ = InitColorRowMap(table_.ColorRowMap, table_.ColorIndexValue, FetchVoltageLevels(platform_->Host()),
+                                   PipelineEnabled);
+  table_.rows.fill(RowColour());
+  LockFileCreated = ColorsChanged = ColorThemeChanged = ColorsSaved = false;
+  DlgReturnValue(false);
+  enablement_ = EnableDecision();
+  LoadColorTable(*platform_, table_, true, LoadReport::ToUser);
+  if (view_) view_->Load(*this);
+}
+
+void frmTqColorSetting::UnloadForm() {
+  if (!loaded_) return;
+  loaded_ = false;
+  if (view_) view_->Unload();
+}
+
+// ---- The control's members ----
+
+bool frmTqColorSetting::Show(ControlInstanceState& control, const std::string& clutFile, std::int16_t tabNumber,
+                             std::int16_t categoryNumber, bool enableChanges, SessionError& error) {
+  table_.ClutError = false;
+  if (!CheckCanContinueCST(true)) {
+    UnloadForm();
+    return false;
+  }
+  // Once initialised, the control keeps the file chosen then or in the last session.
+  if (!control.ColorSchemeInitialized) ResolveSessionClutFile(clutFile);
+  EnableChanges(enableChanges);
+  cmbInitializeColorSchemes();
+  LockFileCheck(true);
+  if (table_.ClutError) {
+    UnloadForm();
+    LockFileCheck(false);  // an editor that does not open holds no lock
+  } else {
+    LoadForm();
+    TabNumber(tabNumber);
+    CategoryNumber(categoryNumber);
+    MakeEnableChanges(true);
+    ClutFileNameStart = ClutFileName();
+    if (view_) view_->ShowModal(*this);  // without a window: as if cancelled at once
+    UnloadForm();
+    LockFileCheck(false);
+    ClutFileNameStart.clear();
+  }
+  const std::optional<bool> ok = DlgReturnValue();
+  if (!ok) {
+    error = TypeMismatch();
+    return false;
+  }
+  if (*ok) {
+    RecordDefinedClutFile();
+    SendColorValues();
+  }
+  return *ok;
+}
+
+bool frmTqColorSetting::Show2(ControlInstanceState& control, const std::string& clutFile, const std::string& tabName,
+                              std::int16_t categoryNumber, bool enableChanges, SessionError& error) {
+  LoadForm();  // the tab strip is the window's
+  const std::vector<int>& strip = selection_.Strip();
+  std::int16_t tab = 0;
+  for (std::size_t position = 0; position < strip.size(); ++position) {
+    if (kTabPages[strip[position]].tag == tabName) {
+      tab = static_cast<std::int16_t>(position);
+      break;
+    }
+  }
+  return Show(control, clutFile, tab, categoryNumber, enableChanges, error);
+}
+
+void frmTqColorSetting::SetObjectValue(ControlInstanceState& control, const std::string& key,
+                                       const SessionValue& value, SessionError& error) {
+  const KeyRule* rule = FindKeyRule(key);
+  if (!rule || !rule->apply) return;
+  if (!HoldsConversion(value, rule->conversion)) {
+    error = TypeMismatch();
+    return;
+  }
+  rule->apply(*this, control, value);
+}
+
+SessionValue frmTqColorSetting::GetObjectValue(const std::string& key, std::int16_t param, SessionError&) {
+  if (key == "ColorsByIndexTable") {
+    const ColorTableArray table = GetColorsByIndexTable();
+    return std::vector<std::int32_t>(table.begin(), table.end());
+  }
+  if (key == "ColorByIndex") return GetColorByIndex(param);
+  if (key == "AppFolder") return AppFolder;
+  if (key == "UserFolder") return UserFolder;
+  if (key == "AuthorizationLevel") return AuthorizationLevelTools;
+  if (key == "AuthorizationLevelGeneral") return AuthorizationLevelGeneral;
+  if (key == "ClutFile") return ClutFileName();
+  if (key == "DefinedClutFile") return GetIniClutFile(*platform_, false);
+  if (key == "UseCustomFileDlg") return UseCustomFileDlg;
+  return {};
+}
+
+}  // namespace tq

@@ -1,0 +1,212 @@
+// frmTqColorSetting: the editor session of one user-interface thread.
+//
+// One session per thread, created on first use and kept for the thread's life; all
+// controls of the thread share it. It holds the host's context, the change flags,
+// the colour table and the lock, and runs Show up to the editor window. It is
+// portable: the COM layer (src/control) converts the host's VARIANTs to the types
+// below and back, and turns a SessionError into the method's error result.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "colortable/color_table.h"
+#include "editor/catalogue.h"
+#include "support/platform.h"
+
+namespace tq {
+
+// A value crossing SetObjectValue / GetObjectValue, already converted to the type
+// that its key declares (see SetObjectValueConversion).
+using SessionValue = std::variant<std::monostate, bool, std::int16_t, std::int32_t, std::string, std::vector<std::int32_t>>;
+
+// The conversion a SetObjectValue key asks of its value. Keys compared exactly;
+// Unknown keys are ignored. HostObject ("ListCommRef") is handled by the COM layer,
+// which binds the object and installs it as this thread's host; NoValue keys take
+// the value unconverted and unused ("bUseListCommRef", "SendColorValues").
+enum class ValueConversion { Unknown, NoValue, String, Int16, Int32, Bool, HostObject, ExactText };
+ValueConversion SetObjectValueConversion(const std::string& key);
+
+// A failure that reaches the host as the method's error result.
+struct SessionError {
+  enum class Kind { None, TypeMismatch, Failed };
+  Kind kind = Kind::None;
+  std::string description;
+  explicit operator bool() const { return kind != Kind::None; }
+};
+
+// The control's file-dialog object (file dialogs through the host's BrowsePressed);
+// defined with the file dialogs. The session only passes the reference on.
+class clsCustomFileDlg;
+class clsLockFileCreator;
+class frmTqColorSetting;
+
+// What belongs to one control instance rather than to the thread's session.
+struct ControlInstanceState {
+  bool ColorSchemeInitialized = false;
+  // The control's own file-dialog object; "UseCustomFileDlg" hands it to the session.
+  std::shared_ptr<clsCustomFileDlg> CustomFileDlg;
+};
+
+// Which of the editor's controls are enabled, and which title the window shows
+// (string 1301 or 1302). MakeEnableChanges decides; the window applies it. A loaded
+// window starts with everything enabled, as designed.
+struct EnableDecision {
+  int title_id = 1301;
+  bool ok = true;
+  bool import_export = true;  // menu items Import and Export
+  bool restore_defaults = true;
+  bool colour_buttons = true;
+  bool save = true;
+  bool delete_scheme = true;
+  bool scheme_list = true;
+  bool operator==(const EnableDecision&) const = default;
+};
+
+// The decision itself (pure). `ok_before` is the OK button's state, which a read-only
+// decision without `disable_ok` keeps.
+EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorization_level_tools,
+                                   bool restore_copy_exists, bool disable_ok, bool ok_before);
+
+// The editor window as the session sees it; the Win32 window implements it. Without
+// one installed, showing the editor is a Cancel at once.
+class EditorView {
+ public:
+  virtual ~EditorView() = default;
+  // The load handler's window steps: pages, rows, captions, hidden rows, top-most rule.
+  virtual void Load(frmTqColorSetting& session) = 0;
+  // Shows the editor modally with the session's Enablement(); returns once it closed
+  // (OK has then set DlgReturnValue).
+  virtual void ShowModal(frmTqColorSetting& session) = 0;
+  virtual void Unload() = 0;
+};
+
+class frmTqColorSetting {
+ public:
+  // This thread's session, created (initialise handler) on first use. The session
+  // works through the platform of the latest call.
+  static frmTqColorSetting& ThisThread(Platform& platform);
+  // Drops this thread's session (and with it any lock it holds): for tests.
+  static void DiscardThisThread();
+
+  // The initialise handler.
+  explicit frmTqColorSetting(Platform& platform);
+  ~frmTqColorSetting();
+  frmTqColorSetting(const frmTqColorSetting&) = delete;
+  frmTqColorSetting& operator=(const frmTqColorSetting&) = delete;
+
+  // The control's four members. On failure `error` is set and the result is meaningless.
+  bool Show(ControlInstanceState& control, const std::string& clutFile, std::int16_t tabNumber,
+            std::int16_t categoryNumber, bool enableChanges, SessionError& error);
+  bool Show2(ControlInstanceState& control, const std::string& clutFile, const std::string& tabName,
+             std::int16_t categoryNumber, bool enableChanges, SessionError& error);
+  void SetObjectValue(ControlInstanceState& control, const std::string& key, const SessionValue& value,
+                      SessionError& error);
+  // `param` is GetObjectValue's Param converted to a 16-bit integer (only "ColorByIndex" uses it).
+  SessionValue GetObjectValue(const std::string& key, std::int16_t param, SessionError& error);
+
+  // The window of this session; not owned, must outlive its installation (null removes it).
+  void InstallView(EditorView* view) { view_ = view; }
+
+  // ---- Plain properties (the setter only stores, the getter only returns) ----
+  std::int32_t hwndParent = 0;
+  std::string ClutFileNameStart;
+  bool LockFileCreated = false;
+  bool ColorsChanged = false;
+  bool ColorThemeChanged = false;
+  bool ColorsSaved = false;
+  std::string userName;
+  std::string ApplicationName;
+  std::int16_t ApplicationNumber = -1;
+  std::string AppFolder;
+  std::string UserFolder;
+  bool PipelineEnabled = false;
+  std::int16_t AuthorizationLevelGeneral = -1;
+  std::int16_t AuthorizationLevelTools = -1;
+  bool UseCustomFileDlg = false;
+  std::shared_ptr<clsCustomFileDlg> CustomFileDlg;
+
+  // ---- Properties with rules ----
+  const std::string& ClutFileName() const { return table_.ClutFileName; }
+  void ClutFileName(const std::string& value);  // "" = default file; an existing file by its absolute path
+  const std::string& IniFileName() const { return ini_file_name_; }
+  void IniFileName(const std::string& value);   // absolute path of an existing file, else ""
+  bool ClutError() const { return table_.ClutError; }
+  void ClutError(bool value) { table_.ClutError = value; }
+  // Kept as text, as the host has always seen it: nullopt (a type mismatch for the
+  // host) until a value was stored.
+  std::optional<bool> DlgReturnValue() const;
+  void DlgReturnValue(bool value) { dlg_return_value_ = value ? "True" : "False"; }
+  bool EnableChanges() const { return enable_changes_; }
+  void EnableChanges(bool value);               // also sets the title (1301 / 1302)
+  const std::string& Language() const { return language_; }
+  void Language(const std::string& value);      // loads the language library and the texts
+  const std::string& HostApplication() const { return host_application_; }
+  void HostApplication(const std::string& value);  // title text + " / " + value
+  // The selection lives in the window's tab strip and category lists, so both load it.
+  std::int16_t TabNumber();
+  void TabNumber(std::int16_t value);
+  std::int16_t CategoryNumber();
+  void CategoryNumber(std::int16_t value);
+  // The editor window's title.
+  const std::string& Caption() const { return caption_; }
+
+  // ---- Methods ----
+  bool CheckCanContinueCST(bool showMessage);
+  std::string GetDVHome();
+  std::string GetDefaultClutFile();
+  ColorTableArray GetColorsByIndexTable();
+  std::int32_t GetColorByIndex(std::int16_t index);
+  void SendColorValues();
+  void cmbInitializeColorSchemes();
+  int SyncClutFilesFromGlobalToApp();
+  void LockFileCheck(bool lock);
+  void CreateLockFile();
+  const EnableDecision& MakeEnableChanges(bool disableOK);
+  // The colour-scheme initialisation: scheme folder, synchronisation, settings paths,
+  // and the colour table file (`requested`, else the scheme's, else the default one).
+  std::string ResolveSessionClutFile(const std::string& requested);
+  // After OK: the current table becomes the scheme's recorded one (FrameWindow.ini).
+  void RecordDefinedClutFile();
+
+  // ---- The window's life ----
+  void LoadForm();  // the load handler, unless already loaded
+  void UnloadForm();
+  bool IsLoaded() const { return loaded_; }
+
+  // ---- The model the window shows ----
+  ColorTableState& Table() { return table_; }
+  TabSelection& Selection() { return selection_; }
+  const VoltageRowNames& VoltageNames() const { return voltage_names_; }
+  const EnableDecision& Enablement() const { return enablement_; }
+  int SchemeListIndex() const { return scheme_list_index_; }
+  // The session's texts 1301-1332, loaded with the language ("" before).
+  const std::string& Text(int id) const;
+
+ private:
+  void ReleaseLockFile();
+
+  Platform* platform_;
+  EditorView* view_ = nullptr;
+  ColorTableState table_;
+  std::unique_ptr<clsLockFileCreator> lock_;
+  TabSelection selection_{false};
+  VoltageRowNames voltage_names_;
+  EnableDecision enablement_;
+  std::array<std::string, 32> texts_;
+  std::string ini_file_name_;
+  std::string dlg_return_value_;
+  std::string language_ = "EN";
+  std::string host_application_;
+  std::string caption_;
+  bool enable_changes_ = false;
+  bool loaded_ = false;
+  int scheme_list_index_ = 0;
+};
+
+}  // namespace tq

@@ -1,0 +1,61 @@
+// Owning wrappers for the Windows handles the control opens: each closes its
+// handle exactly once, whatever path the code takes out of a function.
+#pragma once
+
+#include <windows.h>
+
+#include <utility>
+
+namespace tq::win {
+
+template <typename T, typename Traits>
+class Unique {
+ public:
+  Unique() = default;
+  explicit Unique(T value) : value_(value) {}
+  ~Unique() { reset(); }
+  Unique(Unique&& other) noexcept : value_(std::exchange(other.value_, Traits::Invalid())) {}
+  Unique& operator=(Unique&& other) noexcept {
+    if (this != &other) reset(std::exchange(other.value_, Traits::Invalid()));
+    return *this;
+  }
+  Unique(const Unique&) = delete;
+  Unique& operator=(const Unique&) = delete;
+
+  T get() const { return value_; }
+  explicit operator bool() const { return Traits::Valid(value_); }
+  void reset(T value = Traits::Invalid()) {
+    if (Traits::Valid(value_)) Traits::Close(value_);
+    value_ = value;
+  }
+  // For functions that return a handle through a pointer.
+  T* put() {
+    reset();
+    return &value_;
+  }
+
+ private:
+  T value_ = Traits::Invalid();
+};
+
+struct KernelHandleTraits {
+  static HANDLE Invalid() { return nullptr; }
+  static bool Valid(HANDLE h) { return h != nullptr && h != INVALID_HANDLE_VALUE; }
+  static void Close(HANDLE h) { CloseHandle(h); }
+};
+struct FindHandleTraits {
+  static HANDLE Invalid() { return INVALID_HANDLE_VALUE; }
+  static bool Valid(HANDLE h) { return h != INVALID_HANDLE_VALUE; }
+  static void Close(HANDLE h) { FindClose(h); }
+};
+struct RegKeyTraits {
+  static HKEY Invalid() { return nullptr; }
+  static bool Valid(HKEY k) { return k != nullptr; }
+  static void Close(HKEY k) { RegCloseKey(k); }
+};
+
+using UniqueHandle = Unique<HANDLE, KernelHandleTraits>;  // files, mutexes, events, processes
+using UniqueFind = Unique<HANDLE, FindHandleTraits>;
+using UniqueRegKey = Unique<HKEY, RegKeyTraits>;
+
+}  // namespace tq::win

@@ -1,0 +1,146 @@
+// The host's list-communication object played by a C++ object answering by name,
+// well-behaved or not: the control must survive errors, junk and re-entry.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "control/client.h"
+
+namespace {
+
+using test::ArgList;
+using test::ComPtr;
+
+class TestHost final : public IDispatch {
+ public:
+  enum class Mode { Answer, Raise, Junk, Reenter };
+  Mode mode = Mode::Answer;
+  IDispatch* control = nullptr;  // for re-entry
+  std::vector<std::wstring> calls;
+  VARIANT notified{};
+
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
+    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IDispatch)) {
+      *out = nullptr;
+      return E_NOINTERFACE;
+    }
+    *out = static_cast<IDispatch*>(this);
+    AddRef();
+    return S_OK;
+  }
+  STDMETHODIMP_(ULONG) AddRef() override { return ++refs; }
+  STDMETHODIMP_(ULONG) Release() override { return --refs; }  // lives on the test's stack
+  STDMETHODIMP GetTypeInfoCount(UINT* count) override {
+    *count = 0;
+    return S_OK;
+  }
+  STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* id) override {
+    for (DISPID i = 0; i < static_cast<DISPID>(std::size(kMembers)); ++i)
+      if (_wcsicmp(names[0], kMembers[i]) == 0) return *id = i + 1, S_OK;
+    return DISP_E_UNKNOWNNAME;
+  }
+  STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) override {
+    std::wstring call = kMembers[id - 1];
+    for (UINT i = p->cArgs; i-- > 0;)
+      if (p->rgvarg[i].vt == VT_BSTR) call += L"|" + std::wstring(p->rgvarg[i].bstrVal);
+    calls.push_back(call);
+    if (mode == Mode::Raise) return DISP_E_EXCEPTION;
+    if (id == 2) VariantCopy(&notified, &p->rgvarg[0]);
+    if (id != 1) return S_OK;
+    VARIANT* status = p->rgvarg[1].pvarVal;
+    VARIANT* value = p->rgvarg[0].pvarVal;
+    if (mode == Mode::Reenter) {
+      // Calls back while the control waits for this answer, and drops itself as host.
+      ArgList again;
+      again.Str(L"SendColorValues").Null();
+      again.Invoke(control, L"SetObjectValue", nullptr, nullptr);
+      ArgList nothing;
+      nothing.Str(L"ListCommRef");
+      VARIANT none{};
+      none.vt = VT_DISPATCH;
+      nothing.Var(none);
+      nothing.Invoke(control, L"SetObjectValue", nullptr, nullptr);
+    }
+    VariantClear(status);
+    VariantClear(value);
+    if (mode == Mode::Junk) {
+      status->vt = VT_UNKNOWN;  // neither a number nor anything else readable
+      status->punkVal = nullptr;
+      return S_OK;
+    }
+    status->vt = VT_I4;
+    status->lVal = 0;
+    SAFEARRAYBOUND bound{2, 1};  // 1-based, as the process display answers
+    value->vt = VT_ARRAY | VT_VARIANT;
+    value->parray = SafeArrayCreate(VT_VARIANT, 1, &bound);
+    VARIANT item{};
+    item.vt = VT_I4;
+    for (LONG k = 1; k <= 2; ++k) {
+      item.lVal = k * 10;
+      SafeArrayPutElement(value->parray, &k, &item);
+    }
+    return S_OK;
+  }
+  ~TestHost() { VariantClear(&notified); }
+
+  ULONG refs = 1;
+
+ private:
+  static constexpr const wchar_t* kMembers[] = {L"HostEvaluate", L"HostNotify", L"HostFileNotice",
+                                                L"HostRemoveFile", L"HostCreateFolder", L"HostRequest"};
+};
+
+class HostBinding : public ::testing::Test {
+ protected:
+  HRESULT Set(const wchar_t* key, IDispatch* object) {
+    ArgList args;
+    args.Str(key);
+    if (object)
+      args.Object(object);
+    else
+      args.Null();
+    UINT arg_err = 99;
+    return args.Invoke(control_.Get(), L"SetObjectValue", nullptr, &arg_err);
+  }
+  void TearDown() override { control_.Reset(); }
+
+  test::Apartment apartment_;
+  ComPtr<IDispatch> control_ = test::CreateControl();
+  TestHost host_;
+};
+
+TEST_F(HostBinding, SendsColourListsAndGetsItsOwnValueBack) {
+  ASSERT_EQ(Set(L"ListCommRef", &host_), S_OK);
+  ASSERT_EQ(Set(L"SendColorValues", nullptr), S_OK);
+  ASSERT_EQ(host_.calls.size(), 2u);
+  EXPECT_EQ(host_.calls[0].rfind(L"HostEvaluate|#return LIST(AL1=LIST(BG=", 0), 0u) << host_.calls[0];
+  EXPECT_EQ(host_.calls[1], L"HostNotify|ColorSchemeLoaded|");
+  ASSERT_EQ(host_.notified.vt, VT_ARRAY | VT_VARIANT);
+  LONG lower = 0;
+  SafeArrayGetLBound(host_.notified.parray, 1, &lower);
+  EXPECT_EQ(lower, 1);
+}
+
+TEST_F(HostBinding, RefusesObjectsThatAreNoHost) {
+  EXPECT_EQ(Set(L"ListCommRef", control_.Get()), DISP_E_TYPEMISMATCH);
+}
+
+TEST_F(HostBinding, SurvivesHostsThatMisbehave) {
+  for (TestHost::Mode mode : {TestHost::Mode::Raise, TestHost::Mode::Junk, TestHost::Mode::Reenter}) {
+    SCOPED_TRACE(static_cast<int>(mode));
+    host_.mode = mode;
+    host_.control = control_.Get();
+    host_.calls.clear();
+    ASSERT_EQ(Set(L"ListCommRef", &host_), S_OK);
+    EXPECT_EQ(Set(L"SendColorValues", nullptr), S_OK);
+    ASSERT_FALSE(host_.calls.empty());
+    // No notice after a failed or unreadable evaluation; a re-entered call reaches no host.
+    EXPECT_EQ(host_.calls.size(), mode == TestHost::Mode::Reenter ? 2u : 1u);
+  }
+  control_.Reset();
+  EXPECT_EQ(host_.refs, 1u) << "the control keeps no reference to its host";
+}
+
+}  // namespace
