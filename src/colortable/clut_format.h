@@ -1,5 +1,5 @@
 // Colour table files as lines of bytes: parsing, formatting, the merge of a save and
-// the version upgrade. Pure functions, no I/O; clut_file.h wraps them around files.
+// the version upgrade. Pure functions, no I/O; color_table.h wraps them around files.
 //
 // Line splitting (SplitClutLines) follows the text stream the files were always
 // read with: a line ends at LF, a CR right before that LF belongs to the line end,

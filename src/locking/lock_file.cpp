@@ -7,7 +7,6 @@ namespace tq {
 
 namespace {
 
-constexpr std::string_view kCrLf = "\r\n";
 
 void AppendSection(std::string& message, const LockTexts& texts,
                    std::initializer_list<std::pair<int, const std::string*>> lines) {

@@ -14,6 +14,7 @@ namespace tq {
 
 inline constexpr std::string_view kNotAvailable = "N/A";
 inline constexpr std::string_view kLockSuffix = ".lock";
+inline constexpr std::string_view kCrLf = "\r\n";  // every line of a lock file and of its messages
 
 // Who holds a lock, as written in (or read from) a lock file.
 struct LockerInfo {

@@ -9,7 +9,6 @@ namespace tq {
 
 namespace {
 
-constexpr std::string_view kCrLf = "\r\n";
 constexpr int kExclamationDefaultSecond = kMbIconExclamation | kMbDefButton2;  // 0x130
 
 }  // namespace

@@ -9,6 +9,9 @@
 
 #include "colortable/clut_locations.h"
 #include "common/test_platform.h"
+#ifdef _WIN32
+#include "common/win_test_support.h"
+#endif
 #include "locking/lock_file_creator.h"
 #include "support/localization.h"
 
@@ -199,9 +202,16 @@ TEST_F(Session, ALockHeldElsewhereOffersReadOnlyOrKeepsTheEditorClosed) {
   EXPECT_FALSE(Show(c, true));  // nobody else: locked while up, released after
   EXPECT_FALSE(p.FileExists(lock));
 
+  // Another editor holds the file: a second process under Windows, as in the field.
+#ifdef _WIN32
+  test::HelperProcess other("hold-lock", {s.ClutFileName(), "Other", "op2", "60000"});
+  ASSERT_TRUE(other.ready());
+#else
   clsLockFileCreator other(p);
-  std::string app = "Other", user = "op2", held, after;
+  std::string app = "Other", user = "op2";
   ASSERT_EQ(other.CreateLockFile(s.ClutFileName(), app, user, LockMode::Open, true), LockResult::Locked);
+#endif
+  std::string held, after;
   ASSERT_TRUE(p.ReadFile(lock, held));
   p.answers = {kIdYes, kIdNo};
   EXPECT_FALSE(Show(c, true));  // Yes: read-only
