@@ -5,6 +5,8 @@
 
 #include "control/dispatch.h"
 #include "control/host_link.h"
+#include "control/values.h"
+#include "support/custom_file_dlg.h"
 
 namespace tq::com {
 namespace {
@@ -36,9 +38,22 @@ VARIANT Ref(VARTYPE type, void* pointer) {
 // of them, so that no reference to the host outlives the host's use of the control.
 static thread_local int t_controls = 0;
 
-ctlTqColorSetting::ctlTqColorSetting() { ++t_controls; }
+ctlTqColorSetting::ctlTqColorSetting() {
+  ++t_controls;
+  // The control's own file-dialog object: its BrowsePressed goes on to the host.
+  instance_.CustomFileDlg = std::make_shared<clsCustomFileDlg>();
+  instance_.CustomFileDlg->OnBrowsePressed([this](std::int32_t owner, std::int16_t mode, const std::string& title,
+                                                  const std::string& filter, const std::string& further,
+                                                  HostValue& file_name, bool& cancel) {
+    const BrowseAnswer answer = FireBrowsePressed({owner, mode, title, filter, further});
+    file_name = ToHostValue(*answer.value.get());
+    cancel = answer.cancel;
+  });
+}
 
 ctlTqColorSetting::~ctlTqColorSetting() {
+  // The session may keep the file-dialog object longer than this control lives.
+  instance_.CustomFileDlg->OnBrowsePressed(nullptr);
   if (--t_controls == 0) InstallThreadHost(nullptr);
 }
 

@@ -40,8 +40,7 @@ struct SessionError {
   explicit operator bool() const { return kind != Kind::None; }
 };
 
-// The control's file-dialog object (file dialogs through the host's BrowsePressed);
-// defined with the file dialogs. The session only passes the reference on.
+// The control's file-dialog object (support/custom_file_dlg.h).
 class clsCustomFileDlg;
 class clsLockFileCreator;
 class frmTqColorSetting;

@@ -10,6 +10,7 @@
 
 #include "control/client.h"
 #include "control/control.h"
+#include "support/custom_file_dlg.h"
 
 namespace {
 
@@ -78,11 +79,14 @@ TEST(Events, BrowsePressedReachesEverySinkAndReadsTheAnswersBack) {
   auto* control = static_cast<tq::com::ctlTqColorSetting*>(static_cast<_ctlTqColorSetting*>(
       static_cast<IUnknown*>(object.Get())));
   {
-    tq::com::BrowseAnswer answer = control->FireBrowsePressed({4711, 1, "Open", "*.clut|*.clut", "a.clut"});
+    // Raised by the control's own file-dialog object, as the editor's import and export will.
+    tq::HostValue file_name;
+    bool cancel = false;
+    control->Instance().CustomFileDlg->RaiseBrowse(4711, 1, "Open", "*.clut|*.clut", "a.clut", file_name, cancel);
     EXPECT_EQ(first.args, L"4711|1|Open|*.clut|*.clut|a.clut");
-    EXPECT_EQ(answer.value.vt(), VT_BSTR);
-    EXPECT_EQ(answer.value.get()->bstrVal, std::wstring(L"C:\\Schemes\\Night.clut"));
-    EXPECT_TRUE(answer.cancel);
+    EXPECT_EQ(file_name.kind, tq::HostValue::Kind::Text);
+    EXPECT_EQ(file_name.text, "C:\\Schemes\\Night.clut");
+    EXPECT_TRUE(cancel);
   }
   ASSERT_EQ(point->Unadvise(cookie2), S_OK);
   EXPECT_EQ(point->Unadvise(cookie2), CONNECT_E_NOCONNECTION);
@@ -186,7 +190,8 @@ TEST(Leaks, ThousandCyclesLeaveNothingBehind) {
   std::printf("next handle value: %#zx before, %#zx after; working set: %zu before, %zu after; "
               "committed: %zu before, %zu after\n",
               static_cast<std::size_t>(before.next_handle), static_cast<std::size_t>(after.next_handle),
-              before.working_set, after.working_set, before.pagefile, after.pagefile);
+              static_cast<std::size_t>(before.working_set), static_cast<std::size_t>(after.working_set),
+              static_cast<std::size_t>(before.pagefile), static_cast<std::size_t>(after.pagefile));
   EXPECT_EQ(live_after, live_before);
   EXPECT_EQ(tq::com::LiveCount(), 0);
   EXPECT_EQ(DllCanUnloadNow(), S_OK);
