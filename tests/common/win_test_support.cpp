@@ -97,6 +97,25 @@ void CopyTree(const std::string& from, const std::string& to) {
   FindClose(find);
 }
 
+RegistryValue::RegistryValue(const std::string& subkey, const std::string& name, DWORD type, const void* data,
+                             DWORD size, REGSAM view)
+    : subkey_(W(subkey)), view_(view) {
+  HKEY key;
+  EXPECT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, subkey_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS | view, nullptr, &key,
+                            nullptr),
+            ERROR_SUCCESS);
+  if (data) RegSetValueExW(key, W(name).c_str(), 0, type, static_cast<const BYTE*>(data), size);
+  RegCloseKey(key);
+}
+
+RegistryValue RegistryValue::DVHome(const std::string& home) {
+  const std::wstring value = W(home);
+  return RegistryValue("SOFTWARE\\DataViews\\DVtools\\2.6", "DVHOME", REG_SZ, value.c_str(),
+                       static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+}
+
+RegistryValue::~RegistryValue() { RegDeleteKeyExW(HKEY_LOCAL_MACHINE, subkey_.c_str(), view_, 0); }
+
 HelperProcess::HelperProcess(const std::string& command, const std::vector<std::string>& args,
                              DWORD ready_timeout_ms) {
   static std::atomic<int> counter{0};

@@ -69,6 +69,23 @@ struct BoxSeen {
 // Starts a thread that waits for a box with `title`, records it and presses `item`.
 std::future<BoxSeen> AnswerMessageBox(const std::wstring& title, int item);
 
+// A value of HKLM\<subkey> in one registry view (32-bit unless told), removed with
+// its key at the end; a null data pointer makes the key only.
+class RegistryValue {
+ public:
+  RegistryValue(const std::string& subkey, const std::string& name, DWORD type, const void* data, DWORD size,
+                REGSAM view = KEY_WOW64_32KEY);
+  // DVHOME, the toolkit's home, as the control reads it.
+  static RegistryValue DVHome(const std::string& home);
+  ~RegistryValue();
+  RegistryValue(const RegistryValue&) = delete;
+  RegistryValue& operator=(const RegistryValue&) = delete;
+
+ private:
+  std::wstring subkey_;
+  REGSAM view_;
+};
+
 std::wstring W(const std::string& utf8);
 std::string U8(const std::wstring& wide);
 

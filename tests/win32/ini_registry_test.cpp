@@ -22,46 +22,31 @@ TEST(Ini, ValuesAroundEachBufferSizeComeBackWhole) {
   EXPECT_EQ(win::IniRead("COLORSCHEMES", "ClutFile", t / "missing.ini"), "");
 }
 
-// Writes the value DVHOME of HKLM\SOFTWARE\TqTest\<name> in one registry view; removes the key afterwards.
-class RegistryValue {
- public:
-  RegistryValue(const std::string& name, REGSAM view, DWORD type, const void* data, DWORD size)
-      : subkey_(L"SOFTWARE\\TqTest\\" + test::W(name)), view_(view) {
-    HKEY key;
-    EXPECT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, subkey_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS | view, nullptr, &key,
-                              nullptr),
-              ERROR_SUCCESS);
-    if (data) RegSetValueExW(key, L"DVHOME", 0, type, static_cast<const BYTE*>(data), size);
-    RegCloseKey(key);
-  }
-  ~RegistryValue() { RegDeleteKeyExW(HKEY_LOCAL_MACHINE, subkey_.c_str(), view_, 0); }
-
- private:
-  std::wstring subkey_;
-  REGSAM view_;
-};
-
 std::string Read(const std::string& name) {
   return win::RegReadString(HKEY_LOCAL_MACHINE, "SOFTWARE\\TqTest\\" + name, "DVHOME");
 }
 
+test::RegistryValue Value(const std::string& name, DWORD type, const void* data, DWORD size,
+                          REGSAM view = KEY_WOW64_32KEY) {
+  return test::RegistryValue("SOFTWARE\\TqTest\\" + name, "DVHOME", type, data, size, view);
+}
+
 TEST(Registry, ThirtyTwoBitViewAndEveryOddValueGivesTextOrNothing) {
   const wchar_t home32[] = L"C:\\sc\\dataviews", home64[] = L"C:\\wrong\\view";
-  RegistryValue v32("View", KEY_WOW64_32KEY, REG_SZ, home32, sizeof(home32));
-  RegistryValue v64("View", KEY_WOW64_64KEY, REG_SZ, home64, sizeof(home64));
+  const auto v32 = Value("View", REG_SZ, home32, sizeof(home32));
+  const auto v64 = Value("View", REG_SZ, home64, sizeof(home64), KEY_WOW64_64KEY);
   EXPECT_EQ(Read("View"), "C:\\sc\\dataviews");
-  RegistryValue empty("Empty", KEY_WOW64_32KEY, REG_SZ, nullptr, 0);
+  const auto empty = Value("Empty", REG_SZ, nullptr, 0);
   EXPECT_EQ(Read("Empty"), "");
   EXPECT_EQ(Read("NoSuchKey"), "");
   const DWORD number = 42;
-  RegistryValue dword("Dword", KEY_WOW64_32KEY, REG_DWORD, &number, sizeof(number));
+  const auto dword = Value("Dword", REG_DWORD, &number, sizeof(number));
   EXPECT_EQ(Read("Dword"), "");
   const wchar_t unterminated[] = {L'C', L':', L'\\', L'x'};
-  RegistryValue raw("Raw", KEY_WOW64_32KEY, REG_SZ, unterminated, sizeof(unterminated));
+  const auto raw = Value("Raw", REG_SZ, unterminated, sizeof(unterminated));
   EXPECT_EQ(Read("Raw"), "C:\\x");
   const std::wstring long_value(400, L'x');
-  RegistryValue too_long("Long", KEY_WOW64_32KEY, REG_SZ, long_value.c_str(),
-                         static_cast<DWORD>((long_value.size() + 1) * sizeof(wchar_t)));
+  const auto too_long = Value("Long", REG_SZ, long_value.c_str(), static_cast<DWORD>((long_value.size() + 1) * sizeof(wchar_t)));
   EXPECT_EQ(Read("Long"), "");
 }
 

@@ -16,27 +16,22 @@ namespace {
 using test::ReadBytes;
 using test::WriteBytes;
 
-// DVHOME in the registry view the control reads; removed again at the end.
-class DVHomeValue {
- public:
-  explicit DVHomeValue(const std::string& home) {
-    HKEY key;
-    EXPECT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\DataViews\\DVtools\\2.6", 0, nullptr, 0,
-                              KEY_ALL_ACCESS | KEY_WOW64_32KEY, nullptr, &key, nullptr),
-              ERROR_SUCCESS);
-    const std::wstring value = test::W(home);
-    RegSetValueExW(key, L"DVHOME", 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
-                   static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
-    RegCloseKey(key);
-  }
-  ~DVHomeValue() { RegDeleteKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\DataViews\\DVtools\\2.6", KEY_WOW64_32KEY, 0); }
-};
-
+// The factory table in `dir` (no lock file), and an application with three schemes
+// and its settings paths.
 class ClutWin : public ::testing::Test {
  protected:
   void SetUp() override {
     test::InstallFactoryTable(dir.path(), state, "");
     state.rows.fill({RowColour::Kind::Colour, 0x102030});
+    p.CreateFolder(app / "ColorSchemes");
+    SetColorSchemeFolder(app / "ColorSchemes");
+    for (const char* name : {"QLT830_a.clut", "QLT830_b.clut", "QLT830_colors.clut"})
+      WriteBytes(schemes() + name, test::SourceFile("data/QLT830_colors.clut"));
+    SetIniPaths(p, app.path(), user.path());
+  }
+  std::string schemes() const { return app / "ColorSchemes\\"; }
+  void Ini(const std::string& file, const std::string& value) {
+    WriteBytes(file, "[COLORSCHEMES]\r\nClutFile=" + value + "\r\n");
   }
   void ExpectWriteRefused(const std::string& before) {
     EXPECT_FALSE(SaveColorTable(p, state));
@@ -50,7 +45,7 @@ class ClutWin : public ::testing::Test {
     EXPECT_EQ(p.prompts[0].style, kMbIconCritical);
     EXPECT_TRUE(p.host_calls.empty());
   }
-  test::TempFolder dir;
+  test::TempFolder dir, app, user;
   test::TestPlatform p;
   ColorTableState state;
 };
@@ -88,7 +83,7 @@ TEST_F(ClutWin, LoadUpgradesTheFileAndCopiesItOverTheToolkitsCopy) {
   test::TempFolder home;
   ASSERT_TRUE(p.CreateFolder(home / "etc"));
   WriteBytes(home / "etc\\QLT830_colors.clut", "old global copy");
-  DVHomeValue value(home.path().substr(0, home.path().size() - 1));
+  const auto value = test::RegistryValue::DVHome(home.path().substr(0, home.path().size() - 1));
   WriteBytes(state.ClutFileName, JoinClutLines(test::OwnLines("93.02")));
   ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
   const std::string upgraded = ReadBytes(state.ClutFileName);
@@ -106,26 +101,7 @@ TEST_F(ClutWin, LoadUpgradesTheFileAndCopiesItOverTheToolkitsCopy) {
   EXPECT_TRUE(p.prompts.empty());
 }
 
-class FrameWindowIni : public ::testing::Test {
- protected:
-  void SetUp() override {
-    ResetColorSchemeModule();
-    p.CreateFolder(app / "ColorSchemes");
-    p.CreateFolder(user.path() + "u");
-    SetColorSchemeFolder(app / "ColorSchemes");
-    for (const char* name : {"QLT830_a.clut", "QLT830_b.clut", "QLT830_colors.clut"})
-      WriteBytes(schemes() + name, test::SourceFile("data/QLT830_colors.clut"));
-    SetIniPaths(p, app.path(), user.path());
-  }
-  std::string schemes() const { return app / "ColorSchemes\\"; }
-  void Ini(const std::string& file, const std::string& value) {
-    WriteBytes(file, "[COLORSCHEMES]\r\nClutFile=" + value + "\r\n");
-  }
-  test::TempFolder app, user;
-  test::TestPlatform p;
-};
-
-TEST_F(FrameWindowIni, UserOverApplicationOverDefaultAndMissingFilesAreSkipped) {
+TEST_F(ClutWin, UserOverApplicationOverDefaultAndMissingFilesAreSkipped) {
   EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_colors.clut");
   Ini(app / "FrameWindow.ini", "QLT830_b.clut");
   EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");
@@ -137,20 +113,20 @@ TEST_F(FrameWindowIni, UserOverApplicationOverDefaultAndMissingFilesAreSkipped) 
   EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_colors.clut");
 }
 
-TEST_F(FrameWindowIni, FactorySettingsComeLastFromTheInstallationRoot) {
+TEST_F(ClutWin, FactorySettingsComeLastFromTheInstallationRoot) {
   const std::string root = "C:\\sc\\";
   const std::string misc = root + "tq_lib\\defaults\\misc\\";
   for (const std::string& f : {root, root + "tq_lib\\", root + "tq_lib\\defaults\\", misc}) p.CreateFolder(f);
   WriteBytes(misc + "default_FrameWindow.ini", "[COLORSCHEMES]\r\nClutFile=QLT830_b.clut\r\n");
   {
-    DVHomeValue value(root + "dataviews");
+    const auto value = test::RegistryValue::DVHome(root + "dataviews");
     SetIniPaths(p, app.path(), user.path());
     EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");
     Ini(app / "FrameWindow.ini", "QLT830_a.clut");
     EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_a.clut");
   }
   {
-    DVHomeValue value("D:\\dataviews\\sc\\");  // not the installation pattern
+    const auto value = test::RegistryValue::DVHome("D:\\dataviews\\sc\\");  // not the installation pattern
     SetIniPaths(p, app.path(), user.path());
     p.RemoveFile(app / "FrameWindow.ini");
     EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_colors.clut");
@@ -158,7 +134,7 @@ TEST_F(FrameWindowIni, FactorySettingsComeLastFromTheInstallationRoot) {
   test::RemoveTree(root + "tq_lib\\");
 }
 
-TEST_F(FrameWindowIni, WriteBackOnlyWhenTheChoiceChangedIgnoringCase) {
+TEST_F(ClutWin, WriteBackOnlyWhenTheChoiceChangedIgnoringCase) {
   Ini(app / "FrameWindow.ini", "QLT830_a.clut");
   EXPECT_EQ(GetIniClutFile(p, true), schemes() + "QLT830_a.clut");
   const std::string before = ReadBytes(app / "FrameWindow.ini");
@@ -171,7 +147,7 @@ TEST_F(FrameWindowIni, WriteBackOnlyWhenTheChoiceChangedIgnoringCase) {
   EXPECT_EQ(p.host_calls, (std::vector<std::pair<int, std::string>>{{kHostFileNotice, app / "FrameWindow.ini"}}));
 }
 
-TEST_F(FrameWindowIni, TwoProcessesWritingAtOnceLoseNoUpdate) {
+TEST_F(ClutWin, TwoProcessesWritingAtOnceLoseNoUpdate) {
   const std::string ini = app / "FrameWindow.ini";
   Ini(ini, "QLT830_colors.clut");
   const std::string app_folder = app.path(), scheme_folder = schemes();
@@ -186,12 +162,11 @@ TEST_F(FrameWindowIni, TwoProcessesWritingAtOnceLoseNoUpdate) {
   for (int i = 0; i < 60; ++i) EXPECT_EQ(p.IniRead("Other", "Key" + std::to_string(i), ini), std::to_string(i)) << i;
 }
 
-TEST_F(FrameWindowIni, InitColorSchemesSynchronisesAndResolvesTheTable) {
+TEST_F(ClutWin, InitColorSchemesSynchronisesAndResolvesTheTable) {
   test::TempFolder home;
   p.CreateFolder(home / "etc");
   WriteBytes(home / "etc\\QLT830_global.clut", test::SourceFile("data/QLT830_colors.clut"));
-  DVHomeValue value(home.path().substr(0, home.path().size() - 1));
-  ColorTableState state;
+  const auto value = test::RegistryValue::DVHome(home.path().substr(0, home.path().size() - 1));
   Ini(app / "FrameWindow.ini", "QLT830_global.clut");
   const std::string app_folder = app.path();
   ResetColorSchemeModule();
