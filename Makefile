@@ -8,8 +8,9 @@ test: deps
 	@xvfb-run -a -s "-screen 0 1280x1024x24" tools/run-tests
 
 demo: deps
-	@echo "The editor control is not built yet: 'make demo' arrives with the control."
-	@echo "Until then 'make test' builds the libraries and runs every test."
+	@echo "The editor window is not built yet: 'make demo' arrives with it."
+	@echo "The control itself works: 'make test' registers it under Wine and drives it from"
+	@echo "C++, VBScript and JScript hosts (tests/control/scripts/host_sample.vbs shows how)."
 	@exit 1
 
 # Figures of the colour table operations, from an optimised build without sanitizers.

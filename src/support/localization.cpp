@@ -14,7 +14,6 @@ namespace {
 // The texts of the loaded library, read once when it loads: a lookup then needs
 // neither the library nor the platform that loaded it.
 struct LanguageState {
-  bool loaded = false;
   std::unordered_map<int, std::string> texts;
 };
 
@@ -46,7 +45,6 @@ void LoadLanguageLibraryFrom(Platform& platform, const std::string& folder, cons
   if (!library) library = platform.LoadLibraryFile(LanguageLibraryPath(folder, "EN"));
   if (!library) return;  // an earlier library stays in use, or none
   LanguageState& state = t_language.Get();
-  state.loaded = true;
   state.texts.clear();
   for (std::size_t i = 0; i < kBuiltinStringCount; ++i) {
     std::string text = platform.LibraryString(library, kBuiltinStrings[i].id);
@@ -57,8 +55,6 @@ void LoadLanguageLibraryFrom(Platform& platform, const std::string& folder, cons
 void LoadLanguageLibrary(Platform& platform, const std::string& language) {
   LoadLanguageLibraryFrom(platform, platform.ModuleFolder(), language);
 }
-
-bool HasLanguageLibrary() { return t_language.get() && t_language.get()->loaded; }
 
 std::string GetString(int id) {
   if (const LanguageState* language = t_language.get())

@@ -25,8 +25,6 @@ void LoadLanguageLibrary(Platform& platform, const std::string& language);
 // The same with an explicit folder (the control library's folder, without trailing "\").
 void LoadLanguageLibraryFrom(Platform& platform, const std::string& folder, const std::string& language);
 
-// True when this thread has a language library loaded.
-bool HasLanguageLibrary();
 
 // The text of a string ID: loaded library, else built-in English, else "".
 std::string GetString(int id);

@@ -34,13 +34,6 @@ struct IoStatus {
   static IoStatus Fail(std::uint32_t code, std::string message) { return {false, code, std::move(message)}; }
 };
 
-// System error codes the core reacts to (the Windows values).
-constexpr std::uint32_t kErrFileNotFound = 2;
-constexpr std::uint32_t kErrPathNotFound = 3;
-constexpr std::uint32_t kErrAccessDenied = 5;
-constexpr std::uint32_t kErrSharingViolation = 32;
-constexpr std::uint32_t kErrDiskFull = 112;
-
 // File attribute bits.
 constexpr std::uint32_t kAttrNormal = 0;
 constexpr std::uint32_t kAttrReadOnly = 1;

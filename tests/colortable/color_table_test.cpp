@@ -26,7 +26,7 @@ void Write(const std::string& path, const std::string& bytes) {
 // Fails the n-th call (from 1) of one file operation.
 Platform::FaultHook FailNth(std::string operation, int n) {
   return [operation, n, count = 0](std::string_view op, const std::string&) mutable -> std::optional<IoStatus> {
-    if (op == operation && ++count == n) return IoStatus::Fail(kErrDiskFull, "There is not enough space on the disk.");
+    if (op == operation && ++count == n) return IoStatus::Fail(112, "There is not enough space on the disk.");  // ERROR_DISK_FULL
     return std::nullopt;
   };
 }

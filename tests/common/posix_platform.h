@@ -25,6 +25,12 @@ namespace tq::test {
 
 namespace fs = std::filesystem;
 
+// The Windows error codes of the failures a native run meets.
+constexpr std::uint32_t kErrFileNotFound = 2;
+constexpr std::uint32_t kErrAccessDenied = 5;
+constexpr std::uint32_t kErrSharingViolation = 32;
+constexpr std::uint32_t kErrDiskFull = 112;
+
 inline fs::path P(const std::string& path) {
   std::string p = path;
   for (char& c : p)
