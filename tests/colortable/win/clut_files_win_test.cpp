@@ -69,16 +69,6 @@ TEST_F(ClutWin, AReadOnlyFileOrOneHeldOpenByAnotherProcessIsNotReplacedAndTheUse
   EXPECT_EQ(ParseClutLine(SplitClutLines(ReadBytes(state.ClutFileName)).lines[7]), 0x102030);
 }
 
-TEST_F(ClutWin, MissingDVHomeIsReportedOnEveryCall) {
-  p.answers = {kIdOk, kIdOk};
-  EXPECT_EQ(GetDVHome(p, state), "");
-  EXPECT_EQ(GetDefaultClutFile(p, state), "");
-  EXPECT_TRUE(state.ClutError);
-  ASSERT_EQ(p.prompts.size(), 2u);
-  EXPECT_EQ(p.prompts[1].text, GetString(1315));
-  EXPECT_EQ(p.prompts[1].title, GetString(1301));
-}
-
 TEST_F(ClutWin, LoadUpgradesTheFileAndCopiesItOverTheToolkitsCopy) {
   test::TempFolder home;
   ASSERT_TRUE(p.CreateFolder(home / "etc"));
@@ -101,16 +91,25 @@ TEST_F(ClutWin, LoadUpgradesTheFileAndCopiesItOverTheToolkitsCopy) {
   EXPECT_TRUE(p.prompts.empty());
 }
 
-TEST_F(ClutWin, UserOverApplicationOverDefaultAndMissingFilesAreSkipped) {
-  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_colors.clut");
-  Ini(app / "FrameWindow.ini", "QLT830_b.clut");
+TEST_F(ClutWin, UserOverApplicationOverDefaultMissingFilesSkippedAndWriteBackOnlyOnAChange) {
+  const std::string user_ini = user / "FrameWindow.ini", app_ini = app / "FrameWindow.ini";
+  const struct { std::string file, value, expected; } steps[] = {
+      {"", "", "QLT830_colors.clut"},  {app_ini, "QLT830_b.clut", "QLT830_b.clut"},
+      {user_ini, "QLT830_a.clut", "QLT830_a.clut"},  {user_ini, "QLT830_missing.clut", "QLT830_b.clut"},
+      {app_ini, "QLT830_gone.clut", "QLT830_colors.clut"}, {app_ini, "QLT830_a.clut", "QLT830_a.clut"}};
+  for (const auto& step : steps) {
+    if (!step.file.empty()) Ini(step.file, step.value);
+    EXPECT_EQ(GetIniClutFile(p, true), schemes() + step.expected) << step.file << " " << step.value;
+  }
+  p.RemoveFile(user_ini);
+  const std::string before = ReadBytes(app_ini);
+  SetRememberedClutFile(schemes() + "qlt830_A.CLUT");  // a change of case alone writes nothing
+  EXPECT_FALSE(SaveIniClutFile(p));
+  EXPECT_EQ(ReadBytes(app_ini), before);
+  SetRememberedClutFile(schemes() + "QLT830_b.clut");
+  EXPECT_TRUE(SaveIniClutFile(p));
   EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");
-  Ini(user / "FrameWindow.ini", "QLT830_a.clut");
-  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_a.clut");
-  Ini(user / "FrameWindow.ini", "QLT830_missing.clut");
-  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");
-  Ini(app / "FrameWindow.ini", "QLT830_gone.clut");
-  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_colors.clut");
+  EXPECT_EQ(p.host_calls, (std::vector<std::pair<int, std::string>>{{kHostFileNotice, app_ini}}));
 }
 
 TEST_F(ClutWin, FactorySettingsComeLastFromTheInstallationRoot) {
@@ -132,19 +131,6 @@ TEST_F(ClutWin, FactorySettingsComeLastFromTheInstallationRoot) {
     EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_colors.clut");
   }
   test::RemoveTree(root + "tq_lib\\");
-}
-
-TEST_F(ClutWin, WriteBackOnlyWhenTheChoiceChangedIgnoringCase) {
-  Ini(app / "FrameWindow.ini", "QLT830_a.clut");
-  EXPECT_EQ(GetIniClutFile(p, true), schemes() + "QLT830_a.clut");
-  const std::string before = ReadBytes(app / "FrameWindow.ini");
-  SetRememberedClutFile(schemes() + "qlt830_A.CLUT");
-  EXPECT_FALSE(SaveIniClutFile(p));
-  EXPECT_EQ(ReadBytes(app / "FrameWindow.ini"), before);
-  SetRememberedClutFile(schemes() + "QLT830_b.clut");
-  EXPECT_TRUE(SaveIniClutFile(p));
-  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");
-  EXPECT_EQ(p.host_calls, (std::vector<std::pair<int, std::string>>{{kHostFileNotice, app / "FrameWindow.ini"}}));
 }
 
 TEST_F(ClutWin, TwoProcessesWritingAtOnceLoseNoUpdate) {
