@@ -7,7 +7,6 @@
 #include "clut_test_data.h"
 #include "colortable/clut_locations.h"
 #include "common/test_platform.h"
-#include "support/localization.h"
 
 namespace tq {
 namespace {
@@ -76,8 +75,8 @@ TEST_F(ColorTableFiles, FailedLoadsTellTheUserButNeverTheHostsReads) {
       continue;
     }
     ASSERT_EQ(p.prompts.size(), 2u);
-    EXPECT_EQ(p.prompts[0].text, GetString(1305) + dir / "none.clut");
-    EXPECT_EQ(p.prompts[1].text, GetString(1316) + present + "\r\nThere is not enough space on the disk.");
+    EXPECT_EQ(p.prompts[0].text, "Color table file not found: " + dir / "none.clut");
+    EXPECT_EQ(p.prompts[1].text, "Cannot read color table file: " + present + "\r\nThere is not enough space on the disk.");
     EXPECT_EQ(p.prompts[1].style, kMbIconCritical);
   }
 }
@@ -111,7 +110,9 @@ TEST_F(ColorTableFiles, UnlockedFileIsWrittenOnlyWhenTheUserSaysYes) {
   p.answers = {kIdNo, kIdYes};
   EXPECT_FALSE(SaveColorTable(p, state));
   EXPECT_EQ(Read(state.ClutFileName), before);
-  EXPECT_EQ(p.prompts[0].text, GetString(1309) + state.ClutFileName + "\r\n" + GetString(1310) + "\r\n\r\n" + GetString(1311));
+  EXPECT_EQ(p.prompts[0].text, "Color table file: " + state.ClutFileName +
+                                   "\r\nis not locked and may meanwhile have been changed by other applications.\r\n\r\n"
+                                   "Do you want to save changes?");
   EXPECT_EQ(p.prompts[0].buttons, kMbYesNo);
   EXPECT_TRUE(SaveColorTable(p, state));
   EXPECT_NE(Read(state.ClutFileName), before);
@@ -131,8 +132,8 @@ TEST_F(ColorTableFiles, AFailureAtAnyStepOfTheSaveLeavesTheOldFileWhole) {
     EXPECT_TRUE(NoTempFiles());
     EXPECT_TRUE(p.host_calls.empty());
     ASSERT_EQ(p.prompts.size(), 1u);
-    EXPECT_EQ(p.prompts[0].text, GetString(1312) + state.ClutFileName + "\r\nThere is not enough space on the disk.\r\n\r\n" +
-                                     GetString(1313));
+    EXPECT_EQ(p.prompts[0].text, "Cannot write color table file: " + state.ClutFileName +
+                                     "\r\nThere is not enough space on the disk.\r\n\r\nThe previous file is unchanged.");
   }
 }
 
@@ -172,8 +173,8 @@ TEST_F(ColorTableFiles, WithoutAReferenceTheUserIsToldOnceAndTheFileOnlyReMarked
   ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
   ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
   EXPECT_EQ(p.prompts.size(), 2u);
-  EXPECT_EQ(p.prompts[0].text, GetString(1325) + state.ClutFileName + GetString(1326) + "93.04" + GetString(1327) +
-                                   "93.07" + GetString(1328));
+  EXPECT_EQ(p.prompts[0].text, "It is not possible to update the file " + state.ClutFileName +
+                                   " from 93.04 to 93.07 since the reference file does not exist!");
   auto expected = own;
   expected[0] = "0 7 9 # mine 0 Version=93.07";
   EXPECT_EQ(SplitClutLines(Read(state.ClutFileName)).lines, expected);
