@@ -14,11 +14,8 @@ namespace test {
 
 using Microsoft::WRL::ComPtr;
 
-// The control library beside the test programs.
-std::wstring ControlDllPath();
-// Runs regsvr32 (with /u to unregister) on the control library; its exit code.
+// Runs regsvr32 (with /u to unregister) on the control library beside the test programs; its exit code.
 DWORD RunRegsvr32(bool unregister);
-bool ClassesKeyExists(const std::wstring& key);
 
 // An apartment for the calling thread, closed with the object.
 struct Apartment {
@@ -26,24 +23,36 @@ struct Apartment {
   ~Apartment() { CoUninitialize(); }
 };
 
+// An object on the test's stack that the control calls: counts its references and
+// answers QueryInterface for IUnknown, IDispatch and `also`.
+class StackDispatch : public IDispatch {
+ public:
+  explicit StackDispatch(const IID& also = IID_IDispatch) : also_(also) {}
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) override;
+  STDMETHODIMP_(ULONG) AddRef() override { return ++refs; }
+  STDMETHODIMP_(ULONG) Release() override { return --refs; }
+  STDMETHODIMP GetTypeInfoCount(UINT* count) override { return *count = 0, S_OK; }
+  STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+  ULONG refs = 1;
+
+ private:
+  IID also_;
+};
+
 // Arguments in natural order; owns what by-reference arguments point to.
 class ArgList {
  public:
-  ArgList() = default;
-  ArgList(const ArgList&) = delete;
   ~ArgList();
   ArgList& Str(const wchar_t* text);
   ArgList& I2(short value);
   ArgList& I4(long value);
   ArgList& R8(double value);
-  ArgList& Decimal(long value);
-  ArgList& Var(const VARIANT& value);  // a copy
   ArgList& Null();
   ArgList& Missing();  // VT_ERROR / DISP_E_PARAMNOTFOUND, as VB passes an omitted argument
-  ArgList& Object(IDispatch* object);
+  ArgList& Object(IDispatch* object);  // null: Nothing
   ArgList& Array();    // a 1-based array of two VARIANTs
   ArgList& RefStr(const wchar_t* text);  // VT_BYREF|VT_BSTR
-  ArgList& RefI2(short value);           // VT_BYREF|VT_I2
   ArgList& RefR8(double value);          // VT_BYREF|VT_R8
   ArgList& RefVar();                     // VT_BYREF|VT_VARIANT to the previous argument's value
   ArgList& Named(DISPID id);             // the previous argument is passed by name
@@ -51,18 +60,23 @@ class ArgList {
   VARIANT& operator[](std::size_t i) { return args_[i]; }
   // The variant a by-reference argument i points to.
   VARIANT& Target(std::size_t i) { return *args_[i].pvarVal; }
-  HRESULT Invoke(IDispatch* object, const wchar_t* member, VARIANT* result, UINT* arg_err, EXCEPINFO* exception = nullptr);
+  HRESULT Invoke(IDispatch* object, const wchar_t* member, VARIANT* result = nullptr, UINT* arg_err = nullptr);
 
  private:
-  ArgList& Push(VARIANT v);
+  ArgList& Push(VARTYPE type, auto set) {  // a variant of `type` whose value `set` fills in
+    args_.push_back(VARIANT{});
+    args_.back().vt = type;
+    set(args_.back());
+    return *this;
+  }
+  ArgList& Ref(VARTYPE type);  // the last argument becomes a reference to its value
   std::vector<VARIANT> args_;
   std::vector<DISPID> named_;
   std::deque<VARIANT> targets_;  // values that by-reference arguments point to
 };
 
 ComPtr<IDispatch> CreateControl();
-// GetObjectValue(key) as text ("" for Empty), or the failing HRESULT in hr.
-std::wstring GetText(IDispatch* control, const wchar_t* key, HRESULT* hr = nullptr);
-HRESULT SetValue(IDispatch* control, const wchar_t* key, VARIANT value);
+// GetObjectValue(key) as text ("" for Empty).
+std::wstring GetText(IDispatch* control, const wchar_t* key);
 
 }  // namespace test
