@@ -103,6 +103,8 @@ bool SaveColorTable(Platform& platform, ColorTableState& state) {
   if (status) status = ReplaceFileContent(platform, path, MergeClutSave(old_bytes, BuildClutSaveLines(state)));
   if (!status) {
     TellWriteFailed(platform, path, status);
+    // Keeps the editor open on OK: its colours exist nowhere else.
+    state.ClutError = true;
     return false;
   }
   platform.HostCall(kHostFileNotice, path);

@@ -47,7 +47,8 @@ bool LoadColorTable(Platform& platform, ColorTableState& state, bool update_rows
 // Writes the rows into ClutFileName: asks when the lock file is missing, merges with
 // the old lines, writes beside the file and replaces it in one step. On any failure
 // the old file stays whole and the user is told (1312 + path + reason + 1313): our
-// own decision, since a save that silently fails loses the user's colours.
+// own decision, since a save that silently fails loses the user's colours. A failed
+// write also sets ClutError, which keeps the editor open on OK.
 // Reports the file to the host (host call 2) after a successful write.
 bool SaveColorTable(Platform& platform, ColorTableState& state);
 

@@ -8,6 +8,7 @@
 #include "control/control.h"
 #include "control/module.h"
 #include "support/thread_owned.h"
+#include "win32/editor_window.h"
 
 namespace tq::com {
 namespace {
@@ -98,6 +99,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved
   // A thread's session, scheme list, language and host go with the thread (or with
   // the library when it is unloaded; at process end the system reclaims them).
   if (reason == DLL_THREAD_DETACH || (reason == DLL_PROCESS_DETACH && !reserved)) tq::EndThreadState();
+  if (reason == DLL_PROCESS_DETACH && !reserved) tq::win::EditorWindow::UnregisterClasses();
   return TRUE;
 }
 

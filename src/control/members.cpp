@@ -6,12 +6,17 @@
 #include "control/dispatch.h"
 #include "control/host_link.h"
 #include "control/values.h"
+#include "win32/editor_window.h"
 #include "win32/win_platform.h"
 
 namespace tq::com {
 namespace {
 
-frmTqColorSetting& Session() { return frmTqColorSetting::ThisThread(tq::win::WinPlatform::Instance()); }
+frmTqColorSetting& Session() {
+  frmTqColorSetting& session = frmTqColorSetting::ThisThread(tq::win::WinPlatform::Instance());
+  if (!session.View()) session.InstallView(&tq::win::EditorWindow::ThisThread());
+  return session;
+}
 
 std::string Text(const Variant& v) { return FromBstr(v->bstrVal); }
 

@@ -247,6 +247,55 @@ void frmTqColorSetting::RecordDefinedClutFile() {
   SaveIniClutFile(*platform_);
 }
 
+// ---- What the window's controls do ----
+
+void frmTqColorSetting::ShowColorRow(int row, std::int32_t color, int colorIndex, int state) {
+  if (colorIndex < 0 || colorIndex >= kClutIndexCount) return;
+  RowColour& shown = table_.rows[colorIndex];
+  switch (state) {
+    case kRowColour: shown = {RowColour::Kind::Colour, color & 0xFFFFFF}; break;
+    case kRowUnreadable: shown.kind = RowColour::Kind::Unreadable; break;
+    case kRowNotDefined: shown.kind = RowColour::Kind::NotDefined; break;
+    default: return;
+  }
+  if (view_ && loaded_) view_->RowChanged(row);
+}
+
+std::int32_t frmTqColorSetting::GetRowColor(int row) const {
+  const int index = FindColorRow(table_.ColorRowMap, row);
+  if (index < 0) return kSystemButtonFace;
+  const RowColour& shown = table_.rows[index];
+  return shown.kind == RowColour::Kind::Colour ? shown.colour : kSystemButtonFace;
+}
+
+void frmTqColorSetting::ColorPicked(int row, std::optional<std::int32_t> chosen) {
+  const int index = FindColorRow(table_.ColorRowMap, row);
+  if (!chosen || index < 0) return;
+  ShowColorRow(row, *chosen, index, kRowColour);
+  ColorsChanged = true;  // also for the same colour confirmed again
+}
+
+void frmTqColorSetting::cmdOK_Click() {
+  if (ColorsSaved || ColorThemeChanged || ColorsChanged) DlgReturnValue(true);
+  if (ColorsChanged) SaveColorTable(*platform_, table_);
+  if (table_.ClutError) {
+    table_.ClutError = false;  // the user has seen why and may try again
+    return;
+  }
+  if (view_) view_->Close();
+}
+
+void frmTqColorSetting::cmdCancel_Click() {
+  // A scheme chosen during the visit is abandoned; nothing is written.
+  if (!ClutFileNameStart.empty() && ColorThemeChanged) ClutFileName(ClutFileNameStart);
+  ColorsChanged = ColorThemeChanged = false;
+  if (view_) view_->Close();
+}
+
+void frmTqColorSetting::QueryUnload(int unloadMode) {
+  if (unloadMode == kUnloadFromControlMenu) cmdCancel_Click();
+}
+
 // ---- The window's life ----
 
 void frmTqColorSetting::LoadForm() {

@@ -72,8 +72,18 @@ struct EnableDecision {
 EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorization_level_tools,
                                    bool restore_copy_exists, bool disable_ok, bool ok_before);
 
+// Row state codes of ShowColorRow, and the colour GetRowColor gives for a row that
+// shows no colour: the system's button face, as an OLE system colour.
+constexpr int kRowColour = -101;
+constexpr int kRowUnreadable = -1;
+constexpr int kRowNotDefined = -2;
+constexpr std::int32_t kSystemButtonFace = static_cast<std::int32_t>(0x8000000F);
+// The unload mode of the window's own close command (close box, Alt+F4, system menu).
+constexpr int kUnloadFromControlMenu = 0;
+
 // The editor window as the session sees it; the Win32 window implements it. Without
-// one installed, showing the editor is a Cancel at once.
+// one installed, showing the editor is a Cancel at once. The window only displays the
+// session's model and turns the user's actions into calls on the session.
 class EditorView {
  public:
   virtual ~EditorView() = default;
@@ -83,6 +93,10 @@ class EditorView {
   // (OK has then set DlgReturnValue).
   virtual void ShowModal(frmTqColorSetting& session) = 0;
   virtual void Unload() = 0;
+  // Ends ShowModal (OK or Cancel decided to close the form).
+  virtual void Close() = 0;
+  // The colour of a row changed in the model; -1 for every row.
+  virtual void RowChanged(int row) = 0;
 };
 
 class frmTqColorSetting {
@@ -111,6 +125,7 @@ class frmTqColorSetting {
 
   // The window of this session; not owned, must outlive its installation (null removes it).
   void InstallView(EditorView* view) { view_ = view; }
+  EditorView* View() const { return view_; }
 
   // ---- Plain properties (the setter only stores, the getter only returns) ----
   std::int32_t hwndParent = 0;
@@ -172,6 +187,20 @@ class frmTqColorSetting {
   std::string ResolveSessionClutFile(const std::string& requested);
   // After OK: the current table becomes the scheme's recorded one (FrameWindow.ini).
   void RecordDefinedClutFile();
+
+  // ---- What the window's controls do ----
+  // Puts a colour (kRowColour) or an error state (kRowUnreadable, kRowNotDefined) on a
+  // row; any other state changes nothing.
+  void ShowColorRow(int row, std::int32_t color, int colorIndex, int state);
+  // The row's colour as shown; kSystemButtonFace for a row without one.
+  std::int32_t GetRowColor(int row) const;
+  // A colour button's dialog ended: `chosen` is the confirmed colour, nullopt when the
+  // user cancelled (which changes nothing).
+  void ColorPicked(int row, std::optional<std::int32_t> chosen);
+  void cmdOK_Click();
+  void cmdCancel_Click();
+  // The window is asked to close; kUnloadFromControlMenu acts as Cancel.
+  void QueryUnload(int unloadMode);
 
   // ---- The window's life ----
   void LoadForm();  // the load handler, unless already loaded

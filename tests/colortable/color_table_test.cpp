@@ -127,7 +127,9 @@ TEST_F(ColorTableFiles, AFailureAtAnyStepOfTheSaveLeavesTheOldFileWhole) {
     p.host_calls.clear();
     p.SetFaultHook(FailNth(step, 1));
     p.answers = {kIdOk};
+    state.ClutError = false;
     EXPECT_FALSE(SaveColorTable(p, state));
+    EXPECT_TRUE(state.ClutError);  // so that OK keeps the editor and its colours open
     EXPECT_EQ(Read(state.ClutFileName), before);
     EXPECT_TRUE(NoTempFiles());
     EXPECT_TRUE(p.host_calls.empty());

@@ -37,8 +37,11 @@ struct ScriptedEditor : EditorView {
   struct Seen { std::string caption, clut_file; int tab; bool lock_created; EnableDecision enablement; };
   std::vector<Seen> shown;
   std::function<void(frmTqColorSetting&)> act;
+  int closed = 0;
   void Load(frmTqColorSetting&) override {}
   void Unload() override {}
+  void Close() override { ++closed; }
+  void RowChanged(int) override {}
   void ShowModal(frmTqColorSetting& s) override {
     shown.push_back({s.Caption(), s.ClutFileName(), s.TabNumber(), s.LockFileCreated, s.Enablement()});
     if (act) act(s);
@@ -205,6 +208,72 @@ TEST_F(Session, OkRecordsTheChosenTableAndSendsTheColoursAndOnlyAnUninitialisedC
   EXPECT_EQ(editor.shown[1].clut_file, night);
   EXPECT_EQ(editor.shown[2].clut_file, colors);
   EXPECT_EQ(editor.shown[2].tab, 0);  // tab names are matched in their exact letters
+}
+
+TEST_F(Session, PicksOkAndCancelFollowTheRulesAndAFailedSaveKeepsTheEditorOpen) {
+  ControlInstanceState c;
+  frmTqColorSetting& s = Initialize(c);
+  const std::string colors = s.ClutFileName(), night = Scheme("QLT830_night.clut");
+  ASSERT_TRUE(p.CopyFileTo(colors, night, false));
+  std::string before, after;
+  ASSERT_TRUE(p.ReadFile(colors, before));
+  constexpr int kRow = 6;  // index 35, "Faulty or Invalid Value"
+  struct Case {
+    const char* what;
+    std::function<void(frmTqColorSetting&)> act;
+    bool result;
+    int closed;
+    bool written;
+  } cases[] = {
+      {"OK, nothing changed", [](frmTqColorSetting& f) { f.cmdOK_Click(); }, false, 1, false},
+      {"a cancelled pick, then the close box",
+       [&](frmTqColorSetting& f) {
+         f.ColorPicked(kRow, std::nullopt);
+         EXPECT_FALSE(f.ColorsChanged);
+         f.QueryUnload(1);  // closed by the program: not the user's Cancel
+         f.QueryUnload(kUnloadFromControlMenu);
+       },
+       false, 1, false},
+      {"a scheme switch, then Cancel",
+       [&](frmTqColorSetting& f) {
+         f.ClutFileName(night);
+         f.ColorThemeChanged = true;
+         f.cmdCancel_Click();
+         EXPECT_EQ(f.ClutFileName(), colors);
+       },
+       false, 1, false},
+      {"a save that fails, then OK again",
+       [&](frmTqColorSetting& f) {
+         f.ColorPicked(kRow, 0x00FF8000);
+         EXPECT_EQ(f.GetRowColor(kRow), 0x00FF8000);
+         p.SetFaultHook([](std::string_view op, const std::string&) -> std::optional<IoStatus> {
+           if (op == "MoveReplace") return IoStatus::Fail(5, "Access is denied.");
+           return std::nullopt;
+         });
+         p.answers = {kIdOk};
+         f.cmdOK_Click();
+         EXPECT_FALSE(f.ClutError());
+         EXPECT_EQ(editor.closed, 0);  // the colours are still on screen
+         p.SetFaultHook(nullptr);
+         f.cmdOK_Click();
+       },
+       true, 1, true},
+  };
+  for (Case& test : cases) {
+    SCOPED_TRACE(test.what);
+    editor.closed = 0;
+    editor.act = test.act;
+    EXPECT_EQ(Show(c), test.result);
+    EXPECT_EQ(editor.closed, test.closed);
+    ASSERT_TRUE(p.ReadFile(colors, after));
+    EXPECT_EQ(after != before, test.written);
+  }
+  EXPECT_EQ(SplitClutLines(after).lines[35].substr(0, 13), "  0  128  255");
+  // The error states show the button face, which the colour dialog starts from.
+  s.ShowColorRow(kRow, 0, 35, kRowUnreadable);
+  EXPECT_EQ(s.GetRowColor(kRow), kSystemButtonFace);
+  s.ShowColorRow(kRow, 0x123456, 35, 7);  // an unknown state changes nothing
+  EXPECT_EQ(s.GetRowColor(kRow), kSystemButtonFace);
 }
 
 }  // namespace

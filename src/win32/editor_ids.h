@@ -1,0 +1,31 @@
+// The editor window's automation contract: window class and control ids.
+//
+// These ids never change: UI automation, our tests and screen readers find the
+// editor's controls by them. The ids are unique among all descendants of the editor
+// window (rows sit inside their page and frame, so look them up with a search over
+// descendants such as EnumChildWindows, not with GetDlgItem on the top window).
+// A page's rows exist from the first time the page is shown.
+#pragma once
+
+namespace tq::win::editor_ids {
+
+// Top-level window class of the editor (owned by the host's window).
+constexpr wchar_t kEditorClass[] = L"TqColorSettingEditor";
+
+constexpr int kOk = 1;        // IDOK
+constexpr int kCancel = 2;    // IDCANCEL
+constexpr int kTabStrip = 900;             // SysTabControl32
+constexpr int kCategoryLabel = 930;        // + page (0-11): the "Category:" label
+constexpr int kCategoryCombo = 951;        // + page (0-11)
+constexpr int kPagePanel = 970;            // + page (0-11): the page's container
+constexpr int kFrame = 1050;               // + 3 * page + frame index: a category frame
+constexpr int kSchemeCombo = 1100;
+constexpr int kMoreButton = 1203;          // the ids of their captions' strings
+constexpr int kSaveAsButton = 1208;
+constexpr int kDeleteButton = 1209;
+constexpr int kTagoutHeading = 1210;       // "Priorities (Severities)", bold
+constexpr int kColorButton = 2000;         // + row (0-289); its text is the colour's name
+constexpr int kRgbLabel = 2300;            // + row
+constexpr int kNameLabel = 2600;           // + row
+
+}  // namespace tq::win::editor_ids

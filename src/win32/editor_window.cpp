@@ -1,0 +1,690 @@
+#include "win32/editor_window.h"
+
+#include <commctrl.h>
+#include <commdlg.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+#include "colortable/clut_locations.h"
+#include "support/localization.h"
+#include "support/thread_owned.h"
+#include "win32/editor_ids.h"
+#include "win32/font_helper.h"
+#include "win32/text.h"
+
+namespace tq::win {
+
+namespace ids = editor_ids;
+
+namespace {
+
+constexpr wchar_t kPanelClass[] = L"TqColorSettingPanel";
+constexpr int kManifestResource = 200;  // RT_MANIFEST of our own, not the loader's 1-3
+
+// Geometry in twips beside the rows' own (catalogue.h).
+constexpr int kMargin = 120;
+constexpr int kGap = 120;
+constexpr int kCategoryTop = 90, kCategoryHeight = 315, kComboWidth = 3200, kComboDrop = 2400;
+constexpr int kFrameTop = kCategoryTop + kCategoryHeight + kGap;
+constexpr int kFrameHeight = 480 + 19 * kRowPitch + kButtonHeight + kGap;  // 20 rows below the Tagout heading
+constexpr int kButtonRowHeight = 345, kMinButtonWidth = 1125, kSchemeComboWidth = 3000;
+
+struct DeleteFont {
+  void operator()(HFONT font) const { DeleteObject(font); }
+};
+using UniqueFont = std::unique_ptr<std::remove_pointer_t<HFONT>, DeleteFont>;
+
+HMODULE ThisModule() {
+  HMODULE module = nullptr;
+  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                     reinterpret_cast<LPCWSTR>(&ThisModule), &module);
+  return module;
+}
+
+// Common controls 6 (visual styles) for our windows only: the manifest of our module
+// is activated around their creation, so the host keeps the look it chose.
+class ActivationScope {
+ public:
+  ActivationScope() {
+    static HANDLE context = [] {
+      ACTCTXW actctx{};
+    actctx.cbSize = sizeof actctx;
+      actctx.dwFlags = ACTCTX_FLAG_HMODULE_VALID | ACTCTX_FLAG_RESOURCE_NAME_VALID;
+      actctx.hModule = ThisModule();
+      actctx.lpResourceName = MAKEINTRESOURCEW(kManifestResource);
+      return CreateActCtxW(&actctx);
+    }();
+    if (context != INVALID_HANDLE_VALUE && !ActivateActCtx(context, &cookie_)) cookie_ = 0;
+  }
+  ~ActivationScope() {
+    if (cookie_) DeactivateActCtx(0, cookie_);
+  }
+  ActivationScope(const ActivationScope&) = delete;
+  ActivationScope& operator=(const ActivationScope&) = delete;
+
+ private:
+  ULONG_PTR cookie_ = 0;
+};
+
+int WindowDpi(HWND hwnd) {
+  using GetDpiForWindowFn = UINT(WINAPI*)(HWND);
+  static const auto get_dpi = reinterpret_cast<GetDpiForWindowFn>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "GetDpiForWindow")));
+  if (get_dpi && hwnd)
+    if (const UINT dpi = get_dpi(hwnd)) return static_cast<int>(dpi);
+  HDC screen = GetDC(nullptr);
+  const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
+  ReleaseDC(nullptr, screen);
+  return dpi > 0 ? dpi : 96;
+}
+
+// Gives the caption an access key: its first letter not taken yet by another one.
+std::wstring WithMnemonic(const std::wstring& text, std::wstring& taken) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    wchar_t upper = text[i];
+    CharUpperBuffW(&upper, 1);
+    if (!IsCharAlphaW(text[i]) || taken.find(upper) != std::wstring::npos) continue;
+    taken += upper;
+    return text.substr(0, i) + L"&" + text.substr(i);
+  }
+  return text;
+}
+
+std::wstring RgbText(std::int32_t colour) {
+  wchar_t text[32];
+  swprintf(text, 32, L"(%d, %d, %d)", colour & 0xFF, (colour >> 8) & 0xFF, (colour >> 16) & 0xFF);
+  return text;
+}
+
+COLORREF Resolve(std::int32_t colour) {
+  return colour == kSystemButtonFace ? GetSysColor(COLOR_BTNFACE) : static_cast<COLORREF>(colour & 0xFFFFFF);
+}
+
+// Rows are numbered from the control ids.
+bool IsIdIn(int id, int base) { return id >= base && id < base + kRowCount; }
+
+thread_local ThreadOwned<EditorWindow> t_window;
+
+}  // namespace
+
+struct EditorWindow::Gdi {
+  UniqueFont font;
+  UniqueFont bold;
+};
+
+EditorWindow& EditorWindow::ThisThread() { return t_window.Get(); }
+
+bool EditorWindow::RegisterClasses() {
+  WNDCLASSEXW existing{};
+  existing.cbSize = sizeof existing;
+  if (GetClassInfoExW(ThisModule(), ids::kEditorClass, &existing)) return true;
+  INITCOMMONCONTROLSEX init{sizeof init, ICC_TAB_CLASSES | ICC_STANDARD_CLASSES | ICC_BAR_CLASSES};
+  InitCommonControlsEx(&init);
+  WNDCLASSEXW editor{};
+  editor.cbSize = sizeof editor;
+  editor.lpfnWndProc = &EditorWindow::WindowProc;
+  editor.hInstance = ThisModule();
+  editor.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+  editor.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
+  editor.lpszClassName = ids::kEditorClass;
+  editor.hIcon = LoadIconW(nullptr, IDI_APPLICATION);
+  WNDCLASSEXW panel = editor;
+  panel.lpfnWndProc = &EditorWindow::PanelProc;
+  panel.lpszClassName = kPanelClass;
+  panel.hIcon = nullptr;
+  return RegisterClassExW(&editor) && RegisterClassExW(&panel);
+}
+
+void EditorWindow::UnregisterClasses() {
+  UnregisterClassW(ids::kEditorClass, ThisModule());
+  UnregisterClassW(kPanelClass, ThisModule());
+}
+
+EditorWindow::~EditorWindow() { Unload(); }
+
+std::wstring EditorWindow::Caption(int id) const {
+  // The session keeps its texts from the language the host set; until then the
+  // built-in table speaks.
+  const std::string& text = session_ ? session_->Text(id) : std::string();
+  return Widen(text.empty() ? GetString(id) : text);
+}
+
+void EditorWindow::Load(frmTqColorSetting& session) {
+  Unload();
+  session_ = &session;
+  if (!RegisterClasses()) return;
+
+  // An owner that is not a window (a stale handle from the host) gives no owner.
+  const HWND parent = reinterpret_cast<HWND>(static_cast<std::uintptr_t>(static_cast<std::uint32_t>(session.hwndParent)));
+  owner_ = parent && IsWindow(parent) ? parent : nullptr;
+  ActivationScope styles;
+  hwnd_ = CreateWindowExW(WS_EX_DLGMODALFRAME | WS_EX_CONTROLPARENT, ids::kEditorClass,
+                          Widen(session.Caption()).c_str(),
+                          WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT, 100,
+                          100, owner_, nullptr, ThisModule(), this);
+  if (!hwnd_) return;
+  // The system menu offers only what a dialog offers.
+  if (HMENU menu = GetSystemMenu(hwnd_, FALSE)) {
+    DeleteMenu(menu, SC_SIZE, MF_BYCOMMAND);
+    DeleteMenu(menu, SC_MAXIMIZE, MF_BYCOMMAND);
+    DeleteMenu(menu, SC_MINIMIZE, MF_BYCOMMAND);
+    DeleteMenu(menu, SC_RESTORE, MF_BYCOMMAND);
+  }
+  dpi_ = WindowDpi(hwnd_);
+  gdi_ = std::make_unique<Gdi>();
+  LOGFONTW font = clsFontHelper::MessageFont(dpi_);
+  gdi_->font.reset(CreateFontIndirectW(&font));
+  font.lfWeight = FW_BOLD;
+  gdi_->bold.reset(CreateFontIndirectW(&font));
+  // The versioned classes of common controls 6, looked up once: by name, every
+  // creation would resolve the activation context again.
+  auto atom_of = [](const wchar_t* name) {
+    WNDCLASSEXW info{};
+    info.cbSize = sizeof info;
+    const ATOM atom = static_cast<ATOM>(GetClassInfoExW(nullptr, name, &info));
+    return atom ? MAKEINTATOM(atom) : name;
+  };
+  button_class_ = atom_of(WC_BUTTONW);
+  static_class_ = atom_of(WC_STATICW);
+  combo_class_ = atom_of(WC_COMBOBOXW);
+  file_tip_ = Widen(session.ClutFileName());
+  CreateControls();
+  // Top-most owner, top-most editor: it must not open behind an always-on-top display.
+  if (owner_ && (GetWindowLongW(owner_, GWL_EXSTYLE) & WS_EX_TOPMOST))
+    SetWindowPos(hwnd_, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+}
+
+void EditorWindow::Unload() {
+  if (hwnd_) {
+    HWND hwnd = hwnd_;
+    hwnd_ = nullptr;
+    DestroyWindow(hwnd);
+  }
+  if (tooltip_) DestroyWindow(tooltip_);  // a top-level window of its own
+  tooltip_ = tabs_ = nullptr;
+  pages_.fill(nullptr);
+  for (auto& frames : frames_) frames.fill(nullptr);
+  color_buttons_.fill(nullptr);
+  rgb_labels_.fill(nullptr);
+  gdi_.reset();
+  session_ = nullptr;
+}
+
+HWND EditorWindow::CreateChild(HWND parent, const wchar_t* window_class, const std::wstring& text, DWORD style,
+                               int id, const RECT& twips, DWORD ex_style) {
+  HWND child = CreateWindowExW(ex_style, window_class, text.c_str(), WS_CHILD | style, Px(twips.left),
+                               Px(twips.top), Px(twips.right - twips.left), Px(twips.bottom - twips.top), parent,
+                               reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), ThisModule(), this);
+  SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(gdi_->font.get()), FALSE);
+  return child;
+}
+
+void EditorWindow::CreateControls() {
+  frmTqColorSetting& s = *session_;
+  // The frames are as wide as the longest row name of any page needs, so no name is
+  // cut at any DPI or in any language.
+  {
+    HDC dc = GetDC(hwnd_);
+    HGDIOBJ old = SelectObject(dc, gdi_->font.get());
+    auto twips_of = [&](const std::wstring& text) {
+      SIZE size{};
+      GetTextExtentPoint32W(dc, text.c_str(), static_cast<int>(text.size()), &size);
+      return MulDiv(size.cx, 1440, dpi_) + kGap;
+    };
+    int widest = 2400;
+    for (int row = 0; row < kRowCount; ++row)
+      if (IsRowShown(s.Table().ColorRowMap, row)) widest = std::max(widest, twips_of(Widen(RowName(row, s.VoltageNames()))));
+    name_width_ = widest;
+    // The RGB column grows for a font or language that needs it; the names move right.
+    rgb_width_ = std::max({kRgbWidth, twips_of(L"(255, 255, 255)"), twips_of(Caption(1303)), twips_of(Caption(1304))});
+    name_left_ = std::max(kNameLeft, kRgbLeft + rgb_width_ + kGap);
+    SelectObject(dc, old);
+    ReleaseDC(hwnd_, dc);
+  }
+
+  tooltip_ = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
+                             CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, hwnd_, nullptr,
+                             ThisModule(), nullptr);
+  SendMessageW(tooltip_, TTM_SETMAXTIPWIDTH, 0, Px(6000));
+
+  tabs_ = CreateChild(hwnd_, WC_TABCONTROLW, L"", WS_VISIBLE | WS_TABSTOP | WS_CLIPCHILDREN | TCS_MULTILINE,
+                      ids::kTabStrip, {0, 0, 100, 100}, WS_EX_CONTROLPARENT);
+  const std::vector<int>& strip = s.Selection().Strip();
+  for (std::size_t position = 0; position < strip.size(); ++position) {
+    std::wstring caption = Caption(TabCaptionId(strip[position]));
+    TCITEMW item{};
+    item.mask = TCIF_TEXT | TCIF_PARAM;
+    item.pszText = caption.data();
+    item.lParam = strip[position];
+    SendMessageW(tabs_, TCM_INSERTITEMW, position, reinterpret_cast<LPARAM>(&item));
+  }
+
+  std::wstring taken;
+  auto button = [&](int id, int text_id, DWORD style) {
+    std::wstring text = Caption(text_id);
+    if (id != ids::kOk && id != ids::kCancel) text = WithMnemonic(text, taken);  // Enter and Esc have theirs
+    return CreateChild(hwnd_, button_class_, text, WS_VISIBLE | WS_TABSTOP | style, id, {0, 0, 100, 100});
+  };
+  CreateChild(hwnd_, combo_class_, L"", WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST, ids::kSchemeCombo,
+              {0, 0, kSchemeComboWidth, kComboDrop});
+  button(ids::kSaveAsButton, 1208, BS_PUSHBUTTON);
+  button(ids::kDeleteButton, 1209, BS_PUSHBUTTON);
+  button(ids::kMoreButton, 1203, BS_PUSHBUTTON);
+  button(ids::kOk, 1201, BS_DEFPUSHBUTTON);
+  button(ids::kCancel, 1202, BS_PUSHBUTTON);
+  Layout();
+}
+
+void EditorWindow::Layout() {
+  // The page content: category row, then a frame of 20 rows.
+  const int frame_width = name_left_ + name_width_ + kGap;
+  RECT display{0, 0, Px(kGap + frame_width + kGap), Px(kFrameTop + kFrameHeight + kGap)};
+  // Multi-line tabs: the strip's height depends on its width, so set the width first.
+  SetWindowPos(tabs_, nullptr, 0, 0, display.right + Px(2 * kGap), Px(2000), SWP_NOZORDER | SWP_NOMOVE);
+  RECT outer = display;
+  SendMessageW(tabs_, TCM_ADJUSTRECT, TRUE, reinterpret_cast<LPARAM>(&outer));
+  const int tab_width = outer.right - outer.left, tab_height = outer.bottom - outer.top;
+  const int left = Px(kMargin), top = Px(kMargin);
+  SetWindowPos(tabs_, nullptr, left, top, tab_width, tab_height, SWP_NOZORDER);
+  RECT inner{0, 0, tab_width, tab_height};
+  SendMessageW(tabs_, TCM_ADJUSTRECT, FALSE, reinterpret_cast<LPARAM>(&inner));
+  for (HWND page : pages_)
+    if (page) SetWindowPos(page, nullptr, inner.left, inner.top, inner.right - inner.left, inner.bottom - inner.top,
+                           SWP_NOZORDER | SWP_NOACTIVATE);
+
+  // Buttons: scheme list, Save As and Delete on one line, More, OK and Cancel on the next.
+  HDC dc = GetDC(hwnd_);
+  HGDIOBJ old = SelectObject(dc, gdi_->font.get());
+  auto width_of = [&](int id) {
+    wchar_t text[256];
+    const int n = GetDlgItemTextW(hwnd_, id, text, 256);
+    SIZE size{};
+    GetTextExtentPoint32W(dc, text, n, &size);
+    return std::max(Px(kMinButtonWidth), static_cast<int>(size.cx) + Px(2 * kGap));
+  };
+  const int client_width = left + tab_width + left;
+  const int height = Px(kButtonRowHeight);
+  int y = top + tab_height + Px(kGap);
+  int x = left;
+  auto place = [&](int id, int width) {
+    SetWindowPos(GetDlgItem(hwnd_, id), nullptr, x, y, width, id == ids::kSchemeCombo ? Px(kComboDrop) : height,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+    x += width + Px(kGap);
+  };
+  place(ids::kSchemeCombo, Px(kSchemeComboWidth));
+  place(ids::kSaveAsButton, width_of(ids::kSaveAsButton));
+  place(ids::kDeleteButton, width_of(ids::kDeleteButton));
+  y += height + Px(kGap);
+  const int more = width_of(ids::kMoreButton), ok = width_of(ids::kOk), cancel = width_of(ids::kCancel);
+  x = client_width - left - cancel - Px(kGap) - ok - Px(kGap) - more;
+  place(ids::kMoreButton, more);
+  place(ids::kOk, ok);
+  place(ids::kCancel, cancel);
+  SelectObject(dc, old);
+  ReleaseDC(hwnd_, dc);
+
+  RECT window{0, 0, client_width, y + height + top};
+  AdjustWindowRectEx(&window, static_cast<DWORD>(GetWindowLongW(hwnd_, GWL_STYLE)), FALSE,
+                     static_cast<DWORD>(GetWindowLongW(hwnd_, GWL_EXSTYLE)));
+  SetWindowPos(hwnd_, nullptr, 0, 0, window.right - window.left, window.bottom - window.top,
+               SWP_NOZORDER | SWP_NOMOVE | SWP_NOACTIVATE);
+}
+
+// A page's controls are made the first time it is shown: most sessions look at one
+// or two pages, and the 870 row controls of all pages would cost more than the rest
+// of the window together.
+void EditorWindow::BuildPage(int page) {
+  if (pages_[page]) return;
+  frmTqColorSetting& s = *session_;
+  const TabPage& tab = kTabPages[page];
+  ActivationScope styles;
+  RECT inner;
+  GetClientRect(tabs_, &inner);
+  SendMessageW(tabs_, TCM_ADJUSTRECT, FALSE, reinterpret_cast<LPARAM>(&inner));
+  HWND panel = CreateWindowExW(WS_EX_CONTROLPARENT, kPanelClass, L"", WS_CHILD | WS_CLIPCHILDREN, inner.left,
+                               inner.top, inner.right - inner.left, inner.bottom - inner.top, tabs_,
+                               reinterpret_cast<HMENU>(static_cast<INT_PTR>(ids::kPagePanel + page)), ThisModule(),
+                               this);
+  pages_[page] = panel;
+
+  // The category list: its label and combo stay visible but greyed on a page without one.
+  HDC dc = GetDC(panel);
+  HGDIOBJ old = SelectObject(dc, gdi_->font.get());
+  std::wstring taken;
+  const std::wstring label_text = WithMnemonic(Caption(CategoryLabelId(page)), taken);
+  SIZE size{};
+  GetTextExtentPoint32W(dc, label_text.c_str(), static_cast<int>(label_text.size()), &size);
+  SelectObject(dc, old);
+  ReleaseDC(panel, dc);
+  const int label_width = MulDiv(size.cx, 1440, dpi_) + kGap;
+  HWND label = CreateChild(panel, static_class_, label_text, WS_VISIBLE | SS_CENTERIMAGE, ids::kCategoryLabel + page,
+                           {kButtonLeft, kCategoryTop, kButtonLeft + label_width, kCategoryTop + kCategoryHeight});
+  HWND combo = CreateChild(panel, combo_class_, L"", WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST,
+                           ids::kCategoryCombo + page,
+                           {kButtonLeft + label_width + kGap, kCategoryTop,
+                            kButtonLeft + label_width + kGap + kComboWidth, kCategoryTop + kComboDrop});
+  for (int j = 0; j < tab.category_count; ++j)
+    SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Caption(CategoryNameId(page, j)).c_str()));
+  EnableWindow(label, tab.category_count > 0);
+  EnableWindow(combo, tab.category_count > 0);
+
+}
+
+void EditorWindow::BuildFrame(int page, int f) {
+  if (frames_[page][f]) return;
+  frmTqColorSetting& s = *session_;
+  const CategoryFrame& frame = kTabPages[page].frames[f];
+  const bool enabled = s.Enablement().colour_buttons;
+  ActivationScope styles;
+  const int frame_width = name_left_ + name_width_ + kGap;
+  HWND box = CreateWindowExW(WS_EX_CONTROLPARENT, kPanelClass, L"", WS_CHILD | WS_CLIPCHILDREN, Px(kGap),
+                             Px(kFrameTop), Px(frame_width), Px(kFrameHeight), pages_[page],
+                             reinterpret_cast<HMENU>(static_cast<INT_PTR>(ids::kFrame + 3 * page + f)), ThisModule(),
+                             this);
+  frames_[page][f] = box;
+  // The frame's tooltip names the colour table file being edited.
+  AddTool(pages_[page], box, file_tip_.data());
+  if (frame.heading_id) {
+    HWND heading = CreateChild(box, static_class_, Caption(frame.heading_id), WS_VISIBLE | SS_CENTERIMAGE,
+                               ids::kTagoutHeading, {kButtonLeft, 120, frame_width - kGap, 120 + kButtonHeight});
+    SendMessageW(heading, WM_SETFONT, reinterpret_cast<WPARAM>(gdi_->bold.get()), FALSE);
+  }
+  for (int k = 0; k < frame.row_count; ++k) {
+    const int row = frame.first_row + k;
+    // A hidden row keeps its empty place: rows never move.
+    const DWORD shown = IsRowShown(s.Table().ColorRowMap, row) ? WS_VISIBLE : 0;
+    const int y = RowTop(row);
+    color_buttons_[row] = CreateChild(box, button_class_, Widen(RowName(row, s.VoltageNames())),
+                                      shown | WS_TABSTOP | BS_OWNERDRAW | (enabled ? 0 : WS_DISABLED),
+                                      ids::kColorButton + row, {kButtonLeft, y, kButtonLeft + kButtonWidth, y + kButtonHeight});
+    rgb_labels_[row] = CreateChild(box, static_class_, RgbTextOf(row), shown | SS_CENTERIMAGE | SS_NOPREFIX,
+                                   ids::kRgbLabel + row, {kRgbLeft, y, kRgbLeft + rgb_width_, y + kButtonHeight});
+    HWND name = CreateChild(box, static_class_, Widen(RowName(row, s.VoltageNames())),
+                            shown | SS_CENTERIMAGE | SS_NOTIFY | SS_NOPREFIX, ids::kNameLabel + row,
+                            {name_left_, y, name_left_ + name_width_, y + kButtonHeight});
+    if (shown) AddTool(box, name, LPSTR_TEXTCALLBACKW);
+  }
+}
+
+void EditorWindow::AddTool(HWND parent, HWND tool, wchar_t* text) {
+  TTTOOLINFOW tip{};
+  tip.cbSize = sizeof tip;
+  tip.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+  tip.hwnd = parent;
+  tip.uId = reinterpret_cast<UINT_PTR>(tool);
+  tip.lpszText = text;
+  SendMessageW(tooltip_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tip));
+}
+
+std::wstring EditorWindow::RgbTextOf(int row) const {
+  const int index = FindColorRow(session_->Table().ColorRowMap, row);
+  if (index < 0) return Widen(kRgbDesignText);
+  const RowColour& shown = session_->Table().rows[index];
+  return shown.kind == RowColour::Kind::Colour       ? RgbText(shown.colour)
+         : shown.kind == RowColour::Kind::Unreadable ? Caption(1303)
+                                                     : Caption(1304);
+}
+
+void EditorWindow::FillSchemeList() {
+  HWND combo = GetDlgItem(hwnd_, ids::kSchemeCombo);
+  SendMessageW(combo, CB_RESETCONTENT, 0, 0);
+  for (const std::string& scheme : ColorSchemes())  // by file name: they share one folder
+    SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Widen(scheme.substr(scheme.rfind('\\') + 1)).c_str()));
+  SendMessageW(combo, CB_SETCURSEL, session_->SchemeListIndex(), 0);
+}
+
+void EditorWindow::ApplySelection() {
+  TabSelection& selection = session_->Selection();
+  const int shown_page = selection.TabNumber();
+  SendMessageW(tabs_, TCM_SETCURSEL, selection.SelectedPosition(), 0);
+  BuildPage(shown_page);
+  BuildFrame(shown_page, selection.ShownFrameOf(shown_page));
+  for (int page = 0; page < kPageCount; ++page) {
+    if (!pages_[page]) continue;
+    const int category = page == shown_page ? selection.CategoryNumber() : -1;
+    if (page == shown_page && category >= 0)
+      SendDlgItemMessageW(pages_[page], ids::kCategoryCombo + page, CB_SETCURSEL, category, 0);
+    const int frame = selection.ShownFrameOf(page);
+    for (int f = 0; f < kTabPages[page].frame_count; ++f) {
+      HWND box = frames_[page][f];
+      if (!box) continue;
+      const bool show = page == shown_page && f == frame;
+      ShowWindow(box, show ? SW_SHOWNA : SW_HIDE);
+      EnableWindow(box, show);
+    }
+    ShowWindow(pages_[page], page == shown_page ? SW_SHOWNA : SW_HIDE);
+    EnableWindow(pages_[page], page == shown_page);
+  }
+}
+
+void EditorWindow::ApplyEnablement() {
+  const EnableDecision& d = session_->Enablement();
+  SetWindowTextW(hwnd_, Widen(session_->Caption()).c_str());
+  EnableWindow(GetDlgItem(hwnd_, ids::kOk), d.ok);
+  EnableWindow(GetDlgItem(hwnd_, ids::kSaveAsButton), d.save);
+  EnableWindow(GetDlgItem(hwnd_, ids::kDeleteButton), d.delete_scheme);
+  EnableWindow(GetDlgItem(hwnd_, ids::kSchemeCombo), d.scheme_list);
+  for (HWND button : color_buttons_)
+    if (button) EnableWindow(button, d.colour_buttons);
+}
+
+void EditorWindow::RowChanged(int row) {
+  if (!hwnd_) return;
+  if (row < 0) {
+    for (int r = 0; r < kRowCount; ++r) RowChanged(r);
+    return;
+  }
+  if (row >= kRowCount || !rgb_labels_[row]) return;
+  SetWindowTextW(rgb_labels_[row], RgbTextOf(row).c_str());
+  InvalidateRect(color_buttons_[row], nullptr, FALSE);
+}
+
+void EditorWindow::ShowModal(frmTqColorSetting& session) {
+  if (!hwnd_ || session_ != &session) return;
+  FillSchemeList();  // the session fills the list after the window was made
+  ApplySelection();
+  ApplyEnablement();
+  // Centred over the owner (or the screen's work area), like a dialog.
+  RECT area, window;
+  if (owner_ && !IsIconic(owner_))
+    GetWindowRect(owner_, &area);
+  else
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
+  GetWindowRect(hwnd_, &window);
+  const int width = window.right - window.left, height = window.bottom - window.top;
+  SetWindowPos(hwnd_, nullptr, std::max(0L, area.left + (area.right - area.left - width) / 2),
+               std::max(0L, area.top + (area.bottom - area.top - height) / 2), 0, 0,
+               SWP_NOZORDER | SWP_NOSIZE | SWP_NOACTIVATE);
+
+  // Modal: the owner takes no input while the editor is up, and gets it back (and the
+  // activation) however the editor ends.
+  struct OwnerDisabled {
+    HWND owner;
+    bool was_enabled;
+    explicit OwnerDisabled(HWND o) : owner(o), was_enabled(o && !EnableWindow(o, FALSE)) {}
+    ~OwnerDisabled() {
+      if (!owner) return;
+      if (was_enabled) EnableWindow(owner, TRUE);
+      SetActiveWindow(owner);
+    }
+  } disabled(owner_);
+
+  closing_ = false;
+  ShowWindow(hwnd_, SW_SHOW);
+  SetForegroundWindow(hwnd_);
+  // The focus is always visible, not only after the first key press.
+  SendMessageW(hwnd_, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
+  SetFocus(GetNextDlgTabItem(hwnd_, nullptr, FALSE));
+  MSG msg;
+  while (!closing_ && hwnd_) {
+    const BOOL got = GetMessageW(&msg, nullptr, 0, 0);
+    if (got == 0) {
+      PostQuitMessage(static_cast<int>(msg.wParam));  // the host's loop must see it too
+      break;
+    }
+    if (got == -1) break;
+    if (PreTranslate(msg) || IsDialogMessageW(hwnd_, &msg)) continue;
+    TranslateMessage(&msg);
+    DispatchMessageW(&msg);
+  }
+  if (hwnd_) ShowWindow(hwnd_, SW_HIDE);
+}
+
+void EditorWindow::Close() {
+  closing_ = true;
+  if (hwnd_) PostMessageW(hwnd_, WM_NULL, 0, 0);  // wakes the modal loop
+}
+
+// Ctrl+Tab and Ctrl+Shift+Tab go through the session's selection, which the dialog
+// manager would otherwise take as plain Tab.
+bool EditorWindow::PreTranslate(MSG& msg) {
+  if (msg.message != WM_KEYDOWN || msg.wParam != VK_TAB) return false;
+  if (msg.hwnd != hwnd_ && !IsChild(hwnd_, msg.hwnd)) return false;
+  const bool ctrl = GetKeyState(VK_CONTROL) < 0, shift = GetKeyState(VK_SHIFT) < 0, alt = GetKeyState(VK_MENU) < 0;
+  if (!ctrl || alt) return false;
+  session_->Selection().CtrlTab(shift);
+  ApplySelection();
+  return true;
+}
+
+void EditorWindow::OnColorButton(int row) {
+  COLORREF custom[16]{};  // the dialog's custom colours are neither preset nor kept
+  CHOOSECOLORW choose{};
+    choose.lStructSize = sizeof choose;
+  choose.hwndOwner = hwnd_;
+  choose.rgbResult = Resolve(session_->GetRowColor(row));
+  choose.lpCustColors = custom;
+  choose.Flags = CC_RGBINIT | CC_FULLOPEN;
+  std::optional<std::int32_t> chosen;
+  if (ChooseColorW(&choose)) chosen = static_cast<std::int32_t>(choose.rgbResult & 0xFFFFFF);
+  session_->ColorPicked(row, chosen);
+}
+
+void EditorWindow::OnCommand(int id, int code, HWND control) {
+  if (!session_) return;
+  if (IsIdIn(id, ids::kColorButton) && code == BN_CLICKED) return OnColorButton(id - ids::kColorButton);
+  if (id >= ids::kCategoryCombo && id < ids::kCategoryCombo + kPageCount && code == CBN_SELCHANGE) {
+    if (id - ids::kCategoryCombo != session_->Selection().TabNumber()) return;
+    session_->Selection().SetCategoryNumber(static_cast<int>(SendMessageW(control, CB_GETCURSEL, 0, 0)));
+    return ApplySelection();
+  }
+  switch (id) {
+    case ids::kOk: return session_->cmdOK_Click();
+    case ids::kCancel: return session_->cmdCancel_Click();  // also Esc
+    default: return;
+  }
+}
+
+void EditorWindow::OnDrawItem(const DRAWITEMSTRUCT& item) {
+  const int row = static_cast<int>(item.CtlID) - ids::kColorButton;
+  RECT rect = item.rcItem;
+  const bool pushed = item.itemState & ODS_SELECTED;
+  const bool disabled = item.itemState & ODS_DISABLED;
+  DrawFrameControl(item.hDC, &rect, DFC_BUTTON,
+                   DFCS_BUTTONPUSH | (pushed ? DFCS_PUSHED : 0) | (disabled ? DFCS_INACTIVE : 0));
+  const int edge = std::max(3, Px(45));
+  InflateRect(&rect, -edge, -edge);
+  if (pushed) OffsetRect(&rect, 1, 1);
+  SetDCBrushColor(item.hDC, Resolve(session_->GetRowColor(row)));
+  FillRect(item.hDC, &rect, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+  if ((item.itemState & ODS_FOCUS) && !(item.itemState & ODS_NOFOCUSRECT)) {
+    InflateRect(&rect, 2, 2);
+    DrawFocusRect(item.hDC, &rect);
+  }
+}
+
+HBRUSH EditorWindow::OnStaticColor(HDC dc, HWND control) {
+  const int id = GetDlgCtrlID(control);
+  COLORREF text = GetSysColor(COLOR_BTNTEXT);
+  if (IsIdIn(id, ids::kRgbLabel)) {
+    const int index = FindColorRow(session_->Table().ColorRowMap, id - ids::kRgbLabel);
+    if (index >= 0 && session_->Table().rows[index].kind != RowColour::Kind::Colour) text = RGB(255, 0, 0);
+  }
+  SetTextColor(dc, IsWindowEnabled(control) ? text : GetSysColor(COLOR_GRAYTEXT));
+  SetBkColor(dc, GetSysColor(COLOR_BTNFACE));
+  return GetSysColorBrush(COLOR_BTNFACE);
+}
+
+LRESULT CALLBACK EditorWindow::WindowProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_NCCREATE)
+    SetWindowLongPtrW(hwnd, GWLP_USERDATA,
+                      reinterpret_cast<LONG_PTR>(reinterpret_cast<CREATESTRUCTW*>(lparam)->lpCreateParams));
+  auto* self = reinterpret_cast<EditorWindow*>(GetWindowLongPtrW(hwnd, GWLP_USERDATA));
+  return self ? self->Handle(hwnd, message, wparam, lparam) : DefWindowProcW(hwnd, message, wparam, lparam);
+}
+
+// Pages and frames hand their children's notifications to the editor.
+LRESULT CALLBACK EditorWindow::PanelProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_NCCREATE)
+    SetWindowLongPtrW(hwnd, GWLP_USERDATA,
+                      reinterpret_cast<LONG_PTR>(reinterpret_cast<CREATESTRUCTW*>(lparam)->lpCreateParams));
+  auto* self = reinterpret_cast<EditorWindow*>(GetWindowLongPtrW(hwnd, GWLP_USERDATA));
+  switch (message) {
+    case WM_COMMAND:
+    case WM_DRAWITEM:
+    case WM_CTLCOLORSTATIC:
+    case WM_NOTIFY:
+      if (self) return self->Handle(hwnd, message, wparam, lparam);
+      break;
+    case WM_PAINT:
+      if (GetDlgCtrlID(hwnd) >= ids::kFrame) {  // a category frame: an etched border
+        PAINTSTRUCT paint;
+        HDC dc = BeginPaint(hwnd, &paint);
+        RECT rect;
+        GetClientRect(hwnd, &rect);
+        DrawEdge(dc, &rect, EDGE_ETCHED, BF_RECT);
+        EndPaint(hwnd, &paint);
+        return 0;
+      }
+      break;
+    default:
+      break;
+  }
+  return DefWindowProcW(hwnd, message, wparam, lparam);
+}
+
+LRESULT EditorWindow::Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
+  switch (message) {
+    case WM_COMMAND:
+      OnCommand(LOWORD(wparam), HIWORD(wparam), reinterpret_cast<HWND>(lparam));
+      return 0;
+    case WM_DRAWITEM:
+      if (session_) OnDrawItem(*reinterpret_cast<DRAWITEMSTRUCT*>(lparam));
+      return TRUE;
+    case WM_CTLCOLORSTATIC:
+      if (session_) return reinterpret_cast<LRESULT>(OnStaticColor(reinterpret_cast<HDC>(wparam),
+                                                                   reinterpret_cast<HWND>(lparam)));
+      break;
+    case WM_NOTIFY: {
+      const NMHDR& header = *reinterpret_cast<NMHDR*>(lparam);
+      if (header.hwndFrom == tabs_ && header.code == TCN_SELCHANGE && session_) {
+        session_->Selection().SelectPosition(static_cast<int>(SendMessageW(tabs_, TCM_GETCURSEL, 0, 0)));
+        ApplySelection();
+        return 0;
+      }
+      if (header.code == TTN_GETDISPINFOW && session_) {
+        // "Color index: n" of the row whose name label is under the mouse.
+        auto& info = *reinterpret_cast<NMTTDISPINFOW*>(lparam);
+        const int row = GetDlgCtrlID(reinterpret_cast<HWND>(header.idFrom)) - ids::kNameLabel;
+        tooltip_text_ = Caption(kColorIndexTooltipId) +
+                        std::to_wstring(FindColorRow(session_->Table().ColorRowMap, row));
+        info.lpszText = tooltip_text_.data();
+        return 0;
+      }
+      break;
+    }
+    case DM_GETDEFID:
+      if (hwnd == hwnd_) return MAKELRESULT(ids::kOk, DC_HASDEFID);
+      break;
+    case WM_CLOSE:
+      if (hwnd == hwnd_ && session_) session_->QueryUnload(kUnloadFromControlMenu);
+      return 0;  // the session decides; Cancel ends the modal loop
+    default:
+      break;
+  }
+  return DefWindowProcW(hwnd, message, wparam, lparam);
+}
+
+}  // namespace tq::win

@@ -1,0 +1,88 @@
+// The editor window: the Win32 face of the editor session (src/editor/session.h).
+//
+// It draws the session's model (pages and rows from the catalogue, colours from the
+// row states, enablement from MakeEnableChanges) and turns clicks and keys into calls
+// on the session. One per thread, like the session. Control ids: editor_ids.h.
+#pragma once
+
+#include <windows.h>
+
+#include <array>
+#include <memory>
+#include <string>
+
+#include "editor/session.h"
+#include "win32/handles.h"
+
+namespace tq::win {
+
+class EditorWindow final : public EditorView {
+ public:
+  // This thread's window object (the window itself exists from Load to Unload).
+  static EditorWindow& ThisThread();
+  // The window classes outlive a library that the host unloads and loads again:
+  // the library removes them when it is unloaded.
+  static bool RegisterClasses();
+  static void UnregisterClasses();
+
+  EditorWindow() = default;
+  ~EditorWindow() override;
+  EditorWindow(const EditorWindow&) = delete;
+  EditorWindow& operator=(const EditorWindow&) = delete;
+
+  void Load(frmTqColorSetting& session) override;
+  void ShowModal(frmTqColorSetting& session) override;
+  void Unload() override;
+  void Close() override;
+  void RowChanged(int row) override;
+
+  HWND hwnd() const { return hwnd_; }
+
+ private:
+  struct Gdi;
+  static LRESULT CALLBACK WindowProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
+  static LRESULT CALLBACK PanelProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
+  LRESULT Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
+
+  void CreateControls();
+  void Layout();
+  void BuildPage(int page);
+  void BuildFrame(int page, int frame);
+  void AddTool(HWND parent, HWND tool, wchar_t* text);
+  std::wstring RgbTextOf(int row) const;
+  void ApplySelection();
+  void ApplyEnablement();
+  void FillSchemeList();
+  HWND CreateChild(HWND parent, const wchar_t* window_class, const std::wstring& text, DWORD style, int id,
+                   const RECT& twips, DWORD ex_style = 0);
+  int Px(int twips) const { return MulDiv(twips, dpi_, 1440); }
+  std::wstring Caption(int id) const;
+  void OnCommand(int id, int code, HWND control);
+  void OnColorButton(int row);
+  void OnDrawItem(const DRAWITEMSTRUCT& item);
+  HBRUSH OnStaticColor(HDC dc, HWND control);
+  bool PreTranslate(MSG& msg);
+
+  frmTqColorSetting* session_ = nullptr;
+  HWND hwnd_ = nullptr;
+  HWND owner_ = nullptr;
+  HWND tabs_ = nullptr;
+  HWND tooltip_ = nullptr;
+  std::array<HWND, kPageCount> pages_{};
+  std::array<std::array<HWND, 3>, kPageCount> frames_{};
+  std::array<HWND, kRowCount> color_buttons_{};
+  std::array<HWND, kRowCount> rgb_labels_{};
+  std::wstring tooltip_text_;
+  std::unique_ptr<Gdi> gdi_;
+  int dpi_ = 96;
+  int name_width_ = 0;     // twips: the widest row name of all pages
+  int rgb_width_ = 0;      // twips: the RGB column, at least the reference width
+  int name_left_ = 0;      // twips: where the names start
+  const wchar_t* button_class_ = nullptr;
+  const wchar_t* static_class_ = nullptr;
+  const wchar_t* combo_class_ = nullptr;
+  std::wstring file_tip_;
+  bool closing_ = false;
+};
+
+}  // namespace tq::win
