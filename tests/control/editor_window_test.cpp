@@ -32,6 +32,21 @@ using tq::SplitClutLines;
 using test::ComPtr;
 namespace ids = tq::win::editor_ids;
 
+// EnumThreadWindows / EnumChildWindows with a lambda (any calling convention); the
+// lambda returns false to stop.
+template <class F>
+BOOL CALLBACK EachWindowCall(HWND hwnd, LPARAM f) {
+  return (*reinterpret_cast<F*>(f))(hwnd) ? TRUE : FALSE;
+}
+template <class F>
+void EachThreadWindow(DWORD thread, F f) {
+  EnumThreadWindows(thread, &EachWindowCall<F>, reinterpret_cast<LPARAM>(&f));
+}
+template <class F>
+void EachDescendant(HWND parent, F f) {
+  EnumChildWindows(parent, &EachWindowCall<F>, reinterpret_cast<LPARAM>(&f));
+}
+
 // The process display's list-communication object: reports `levels` voltage levels
 // (or junk), notes every call.
 class DisplayHost final : public test::StackDispatch {
@@ -111,6 +126,7 @@ struct Display {
   short tab = 0, category = 0;
   bool enable = true;
   int shows = 1;
+  std::function<void()> before_show;  // on the display's thread, after "Initialize"
   // Seen.
   std::vector<bool> results;
   HRESULT hr = S_OK;
@@ -172,6 +188,7 @@ class EditorWindow : public ::testing::Test {
         set(L"hwndParentView", [&](ArgList& a) { a.I4(d.stale_owner ? 0x7FFF0 : static_cast<long>(reinterpret_cast<INT_PTR>(owner))); });
         set(L"ListCommRef", [&](ArgList& a) { a.Object(&listcomm); });
         if (d.initialize) set(L"Initialize", [](ArgList& a) { a.Str(L"ColorScheme"); });
+        if (d.before_show) d.before_show();
         for (int i = 0; i < d.shows; ++i) {
           ArgList show;
           show.RefStr(L"unused");
@@ -199,13 +216,13 @@ class EditorWindow : public ::testing::Test {
   static HWND Editor(const Display& d, DWORD timeout_ms = 20000) {
     for (DWORD waited = 0; waited < timeout_ms; waited += 20) {
       HWND found = nullptr;
-      EnumThreadWindows(d.thread, [](HWND hwnd, LPARAM out) {
+      EachThreadWindow(d.thread, [&](HWND hwnd) {
         wchar_t name[64];
         GetClassNameW(hwnd, name, 64);
-        if (wcscmp(name, ids::kEditorClass) != 0 || !IsWindowVisible(hwnd)) return TRUE;
-        *reinterpret_cast<HWND*>(out) = hwnd;
-        return FALSE;
-      }, reinterpret_cast<LPARAM>(&found));
+        if (wcscmp(name, ids::kEditorClass) != 0 || !IsWindowVisible(hwnd)) return true;
+        found = hwnd;
+        return false;
+      });
       if (found) {
         SendMessageTimeoutW(found, WM_NULL, 0, 0, SMTO_BLOCK, 5000, nullptr);  // idle: the modal loop runs
         return found;
@@ -215,14 +232,12 @@ class EditorWindow : public ::testing::Test {
     return nullptr;
   }
   static HWND Item(HWND editor, int id) {
-    std::pair<int, HWND> search{id, nullptr};
-    EnumChildWindows(editor, [](HWND hwnd, LPARAM p) {
-      auto& s = *reinterpret_cast<std::pair<int, HWND>*>(p);
-      if (GetDlgCtrlID(hwnd) != s.first) return TRUE;
-      s.second = hwnd;
-      return FALSE;
-    }, reinterpret_cast<LPARAM>(&search));
-    return search.second;
+    HWND found = nullptr;
+    EachDescendant(editor, [&](HWND hwnd) {
+      if (GetDlgCtrlID(hwnd) == id) found = hwnd;
+      return !found;
+    });
+    return found;
   }
   // A click as the user makes it: the button's own click, posted, since it may open a
   // modal dialog of its own.
@@ -235,6 +250,17 @@ class EditorWindow : public ::testing::Test {
     SendMessageW(tabs, WM_LBUTTONDOWN, MK_LBUTTON, at);
     SendMessageW(tabs, WM_LBUTTONUP, 0, at);
   }
+  // Keys pressed together and released, as typed on the keyboard into the editor.
+  static void Type(HWND editor, const std::vector<WORD>& keys) {
+    SetForegroundWindow(editor);
+    std::vector<INPUT> input;
+    for (WORD key : keys) input.push_back({INPUT_KEYBOARD, {.ki = {key, 0, 0, 0, 0}}});
+    for (auto k = keys.rbegin(); k != keys.rend(); ++k)
+      input.push_back({INPUT_KEYBOARD, {.ki = {*k, 0, KEYEVENTF_KEYUP, 0, 0}}});
+    SendInput(static_cast<UINT>(input.size()), input.data(), sizeof(INPUT));
+    Sleep(100);
+    SendMessageTimeoutW(editor, WM_NULL, 0, 0, SMTO_BLOCK, 5000, nullptr);
+  }
   static int ShownPage(HWND editor) {
     for (int page = 0; page < 12; ++page)
       if (HWND panel = Item(editor, ids::kPagePanel + page); panel && IsWindowVisible(panel)) return page;
@@ -243,16 +269,14 @@ class EditorWindow : public ::testing::Test {
   // A dialog of the display's thread owned by `owner` (the colour dialog, a message box).
   static HWND OwnedDialog(const Display& d, HWND owner, DWORD timeout_ms = 20000) {
     for (DWORD waited = 0; waited < timeout_ms; waited += 20) {
-      std::pair<HWND, HWND> search{owner, nullptr};
-      EnumThreadWindows(d.thread, [](HWND hwnd, LPARAM p) {
-        auto& s = *reinterpret_cast<std::pair<HWND, HWND>*>(p);
+      HWND found = nullptr;
+      EachThreadWindow(d.thread, [&](HWND hwnd) {
         wchar_t name[16];
         GetClassNameW(hwnd, name, 16);
-        if (wcscmp(name, L"#32770") || GetWindow(hwnd, GW_OWNER) != s.first || !IsWindowVisible(hwnd)) return TRUE;
-        s.second = hwnd;
-        return FALSE;
-      }, reinterpret_cast<LPARAM>(&search));
-      if (search.second) return search.second;
+        if (!wcscmp(name, L"#32770") && GetWindow(hwnd, GW_OWNER) == owner && IsWindowVisible(hwnd)) found = hwnd;
+        return !found;
+      });
+      if (found) return found;
       Sleep(20);
     }
     return nullptr;
@@ -285,8 +309,9 @@ class EditorWindow : public ::testing::Test {
 void EditorWindow::Screenshot(HWND window, const std::string& name) {
   RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
   SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_BLOCK, 5000, nullptr);
-  RECT r;
+  RECT r, screen_rect{0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
   GetWindowRect(window, &r);
+  IntersectRect(&r, &r, &screen_rect);  // the screen has no pixels beyond its edges
   const int w = r.right - r.left, h = r.bottom - r.top;
   HDC screen = GetDC(nullptr);
   HDC memory = CreateCompatibleDC(screen);
@@ -311,14 +336,15 @@ void EditorWindow::Screenshot(HWND window, const std::string& name) {
   ReleaseDC(nullptr, screen);
 }
 
-TEST_F(EditorWindow, OpensModalOverItsOwnerAndClosesWithOkCancelEscAndTheCloseBox) {
+TEST_F(EditorWindow, OpensModalOverItsOwnerAndClosesWithOkCancelEscEnterAndTheCloseBox) {
   struct Way {
     const char* name;
     std::function<void(HWND)> close;
   } ways[] = {
       {"OK", [](HWND e) { Click(e, ids::kOk); }},
       {"Cancel", [](HWND e) { Click(e, ids::kCancel); }},
-      {"Esc", [](HWND e) { PostMessageW(Item(e, ids::kTabStrip), WM_KEYDOWN, VK_ESCAPE, 0); }},
+      {"Esc", [](HWND e) { Type(e, {VK_ESCAPE}); }},
+      {"Enter", [](HWND e) { Type(e, {VK_RETURN}); }},
       {"close box", [](HWND e) { PostMessageW(e, WM_SYSCOMMAND, SC_CLOSE, 0); }},
   };
   for (const Way& way : ways) {
@@ -547,6 +573,71 @@ TEST_F(EditorWindow, TabsFollowTheStripTheHostsNumbersAndTagsAndCtrlTab) {
     EXPECT_EQ(tabs, c.tabs);
     EXPECT_EQ(page, c.page);
   }
+  // Ctrl+Tab and Ctrl+Shift+Tab as typed: from the State page the next step is the last tab.
+  Display d;
+  std::vector<int> pages;
+  Run(d, [&] {
+    HWND e = Editor(d);
+    ASSERT_TRUE(e);
+    for (bool shift : {false, false, false, true}) {
+      Type(e, shift ? std::vector<WORD>{VK_CONTROL, VK_SHIFT, VK_TAB} : std::vector<WORD>{VK_CONTROL, VK_TAB});
+      pages.push_back(ShownPage(e));
+    }
+    Click(e, ids::kCancel);
+  });
+  EXPECT_EQ(pages, (std::vector<int>{1, 10, 7, 5}));
+}
+
+TEST_F(EditorWindow, BadTablesAndAStaleOwnerOpenTheEditorOrRefuseWithAMessage) {
+  std::string unreadable = "x x x # Version=93.07\r\n";
+  for (int i = 1; i < 286; ++i) unreadable += "colour?\r\n";
+  const std::string factory = ReadBytes(std::string(TQ_SOURCE_DIR) + "/data/QLT830_colors.clut");
+  std::string twenty;
+  for (const std::string& line : SplitClutLines(factory, 20).lines) twenty += line + "\r\n";
+  const struct {
+    const char* what;
+    std::string table;  // written over the scheme's table before Show; "-" deletes it
+    bool stale_owner;
+    std::wstring message;  // the start of the message shown instead of the editor
+    std::wstring row0, row81;  // RGB texts of index 38 (row 0) and index 19 (row 81)
+  } cases[] = {
+      {"every line unreadable", unreadable, false, L"", L"Unreadable", L"Unreadable"},
+      {"twenty lines", twenty, false, L"", L"Unreadable", L"(0, 0, 153)"},
+      {"deleted", "-", false, L"Color table file not found: ", L"", L""},
+      {"an owner that is not a window", "", true, L"", L"", L""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    Display d;
+    d.stale_owner = c.stale_owner;
+    d.before_show = [&] {
+      if (c.table == "-") DeleteFileW(W(Table()).c_str());
+      else if (!c.table.empty()) WriteBytes(Table(), c.table);
+    };
+    BoxSeen box;
+    std::wstring row0, row81;
+    bool owned = true;
+    Run(d, [&] {
+      if (!c.message.empty()) {
+        box = AnswerMessageBox(L"Color Setting Tool", IDOK).get();
+        return;
+      }
+      HWND e = Editor(d);
+      ASSERT_TRUE(e);
+      owned = GetWindow(e, GW_OWNER) != nullptr;
+      row0 = Text(e, ids::kRgbLabel + 0);
+      if (!c.row81.empty()) {
+        ClickTab(e, 3);  // Miscellaneous
+        row81 = Text(e, ids::kRgbLabel + 81);
+      }
+      Click(e, ids::kCancel);
+    });
+    EXPECT_EQ(d.results, std::vector<bool>{false});
+    EXPECT_EQ(box.text.substr(0, c.message.size()), c.message);
+    if (!c.row0.empty()) EXPECT_EQ(row0, c.row0);
+    if (!c.row81.empty()) EXPECT_EQ(row81, c.row81);
+    if (c.stale_owner) EXPECT_FALSE(owned);
+  }
 }
 
 // Controls that are cut by their parent, overlap a sibling, or are too small for their text.
@@ -635,11 +726,11 @@ TEST_F(EditorWindow, TwoHundredOpeningsLeaveHandlesGdiUserObjectsAndMemoryFlat) 
     use.gdi = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
     use.user = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);
     if (use.user == 0)
-      EnumThreadWindows(d.thread, [](HWND hwnd, LPARAM n) {
-        ++*reinterpret_cast<DWORD*>(n);
-        EnumChildWindows(hwnd, [](HWND, LPARAM m) { return ++*reinterpret_cast<DWORD*>(m), TRUE; }, n);
-        return TRUE;
-      }, reinterpret_cast<LPARAM>(&use.user));
+      EachThreadWindow(d.thread, [&](HWND hwnd) {
+        ++use.user;
+        EachDescendant(hwnd, [&](HWND) { return ++use.user, true; });
+        return true;
+      });
     PROCESS_MEMORY_COUNTERS_EX memory{};
     GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory), sizeof memory);
     use.private_bytes = memory.PrivateUsage ? memory.PrivateUsage : memory.PagefileUsage;
