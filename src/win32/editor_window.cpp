@@ -50,7 +50,7 @@ class ActivationScope {
   ActivationScope() {
     static HANDLE context = [] {
       ACTCTXW actctx{};
-    actctx.cbSize = sizeof actctx;
+      actctx.cbSize = sizeof actctx;
       actctx.dwFlags = ACTCTX_FLAG_HMODULE_VALID | ACTCTX_FLAG_RESOURCE_NAME_VALID;
       actctx.hModule = ThisModule();
       actctx.lpResourceName = MAKEINTRESOURCEW(kManifestResource);
@@ -142,7 +142,7 @@ void EditorWindow::UnregisterClasses() {
   UnregisterClassW(kPanelClass, ThisModule());
 }
 
-EditorWindow::~EditorWindow() { Unload(); }
+EditorWindow::~EditorWindow() { Destroy(); }
 
 std::wstring EditorWindow::Caption(int id) const {
   // The session keeps its texts from the language the host set; until then the
@@ -152,13 +152,25 @@ std::wstring EditorWindow::Caption(int id) const {
 }
 
 void EditorWindow::Load(frmTqColorSetting& session) {
-  Unload();
-  session_ = &session;
-  if (!RegisterClasses()) return;
-
   // An owner that is not a window (a stale handle from the host) gives no owner.
   const HWND parent = reinterpret_cast<HWND>(static_cast<std::uintptr_t>(static_cast<std::uint32_t>(session.hwndParent)));
-  owner_ = parent && IsWindow(parent) ? parent : nullptr;
+  Shape shape{parent && IsWindow(parent) ? parent : nullptr, session.Language(), session.PipelineEnabled,
+              session.VoltageNames()};
+  file_tip_ = Widen(session.ClutFileName());
+  // The window of the last session is kept hidden: when it would be built the same
+  // (owner, language, rows), it only takes the new colours. Opening is then several
+  // times faster, and nothing is created or freed per opening.
+  if (hwnd_ && IsWindow(hwnd_) && shape == shape_) {
+    session_ = &session;
+    RowChanged(-1);
+    ApplyTopMost();
+    return;
+  }
+  Destroy();
+  session_ = &session;
+  shape_ = std::move(shape);
+  owner_ = shape_.owner;
+  if (!RegisterClasses()) return;
   ActivationScope styles;
   hwnd_ = CreateWindowExW(WS_EX_DLGMODALFRAME | WS_EX_CONTROLPARENT, ids::kEditorClass,
                           Widen(session.Caption()).c_str(),
@@ -189,14 +201,23 @@ void EditorWindow::Load(frmTqColorSetting& session) {
   button_class_ = atom_of(WC_BUTTONW);
   static_class_ = atom_of(WC_STATICW);
   combo_class_ = atom_of(WC_COMBOBOXW);
-  file_tip_ = Widen(session.ClutFileName());
   CreateControls();
-  // Top-most owner, top-most editor: it must not open behind an always-on-top display.
-  if (owner_ && (GetWindowLongW(owner_, GWL_EXSTYLE) & WS_EX_TOPMOST))
-    SetWindowPos(hwnd_, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+  ApplyTopMost();
+}
+
+// Top-most owner, top-most editor: it must not open behind an always-on-top display.
+void EditorWindow::ApplyTopMost() {
+  const bool top_most = owner_ && (GetWindowLongW(owner_, GWL_EXSTYLE) & WS_EX_TOPMOST);
+  SetWindowPos(hwnd_, top_most ? HWND_TOPMOST : HWND_NOTOPMOST, 0, 0, 0, 0,
+               SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
 }
 
 void EditorWindow::Unload() {
+  if (hwnd_) ShowWindow(hwnd_, SW_HIDE);
+  session_ = nullptr;  // a hidden window serves no session
+}
+
+void EditorWindow::Destroy() {
   if (hwnd_) {
     HWND hwnd = hwnd_;
     hwnd_ = nullptr;
@@ -337,7 +358,6 @@ void EditorWindow::Layout() {
 // of the window together.
 void EditorWindow::BuildPage(int page) {
   if (pages_[page]) return;
-  frmTqColorSetting& s = *session_;
   const TabPage& tab = kTabPages[page];
   ActivationScope styles;
   RECT inner;
@@ -385,7 +405,7 @@ void EditorWindow::BuildFrame(int page, int f) {
                              this);
   frames_[page][f] = box;
   // The frame's tooltip names the colour table file being edited.
-  AddTool(pages_[page], box, file_tip_.data());
+  AddTool(pages_[page], box, LPSTR_TEXTCALLBACKW);
   if (frame.heading_id) {
     HWND heading = CreateChild(box, static_class_, Caption(frame.heading_id), WS_VISIBLE | SS_CENTERIMAGE,
                                ids::kTagoutHeading, {kButtonLeft, 120, frame_width - kGap, 120 + kButtonHeight});
@@ -552,7 +572,7 @@ bool EditorWindow::PreTranslate(MSG& msg) {
 void EditorWindow::OnColorButton(int row) {
   COLORREF custom[16]{};  // the dialog's custom colours are neither preset nor kept
   CHOOSECOLORW choose{};
-    choose.lStructSize = sizeof choose;
+  choose.lStructSize = sizeof choose;
   choose.hwndOwner = hwnd_;
   choose.rgbResult = Resolve(session_->GetRowColor(row));
   choose.lpCustColors = custom;
@@ -665,11 +685,13 @@ LRESULT EditorWindow::Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lpar
         return 0;
       }
       if (header.code == TTN_GETDISPINFOW && session_) {
-        // "Color index: n" of the row whose name label is under the mouse.
+        // A frame names the file; a name label gives "Color index: n" of its row.
         auto& info = *reinterpret_cast<NMTTDISPINFOW*>(lparam);
-        const int row = GetDlgCtrlID(reinterpret_cast<HWND>(header.idFrom)) - ids::kNameLabel;
-        tooltip_text_ = Caption(kColorIndexTooltipId) +
-                        std::to_wstring(FindColorRow(session_->Table().ColorRowMap, row));
+        const int id = GetDlgCtrlID(reinterpret_cast<HWND>(header.idFrom));
+        tooltip_text_ = IsIdIn(id, ids::kNameLabel)
+                            ? Caption(kColorIndexTooltipId) +
+                                  std::to_wstring(FindColorRow(session_->Table().ColorRowMap, id - ids::kNameLabel))
+                            : file_tip_;
         info.lpszText = tooltip_text_.data();
         return 0;
       }

@@ -32,7 +32,8 @@ class EditorWindow final : public EditorView {
 
   void Load(frmTqColorSetting& session) override;
   void ShowModal(frmTqColorSetting& session) override;
-  void Unload() override;
+  void Unload() override;  // hides the window, which the next Load may take up again
+  void Destroy();
   void Close() override;
   void RowChanged(int row) override;
 
@@ -40,6 +41,15 @@ class EditorWindow final : public EditorView {
 
  private:
   struct Gdi;
+  // What the window's controls are built from; a window of another shape is rebuilt.
+  struct Shape {
+    HWND owner = nullptr;
+    std::string language;
+    bool pipeline = false;
+    VoltageRowNames voltage_names;
+    bool operator==(const Shape&) const = default;
+  };
+  void ApplyTopMost();
   static LRESULT CALLBACK WindowProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
   static LRESULT CALLBACK PanelProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
   LRESULT Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
@@ -64,6 +74,7 @@ class EditorWindow final : public EditorView {
   bool PreTranslate(MSG& msg);
 
   frmTqColorSetting* session_ = nullptr;
+  Shape shape_;
   HWND hwnd_ = nullptr;
   HWND owner_ = nullptr;
   HWND tabs_ = nullptr;
