@@ -229,6 +229,8 @@ void EditorWindow::Destroy() {
   for (auto& frames : frames_) frames.fill(nullptr);
   color_buttons_.fill(nullptr);
   rgb_labels_.fill(nullptr);
+  for (auto& text : rgb_texts_) text.clear();
+  buttons_enabled_ = true;
   gdi_.reset();
   session_ = nullptr;
 }
@@ -396,7 +398,7 @@ void EditorWindow::BuildFrame(int page, int f) {
   if (frames_[page][f]) return;
   frmTqColorSetting& s = *session_;
   const CategoryFrame& frame = kTabPages[page].frames[f];
-  const bool enabled = s.Enablement().colour_buttons;
+  const bool enabled = buttons_enabled_;
   ActivationScope styles;
   const int frame_width = name_left_ + name_width_ + kGap;
   HWND box = CreateWindowExW(WS_EX_CONTROLPARENT, kPanelClass, L"", WS_CHILD | WS_CLIPCHILDREN, Px(kGap),
@@ -419,7 +421,8 @@ void EditorWindow::BuildFrame(int page, int f) {
     color_buttons_[row] = CreateChild(box, button_class_, Widen(RowName(row, s.VoltageNames())),
                                       shown | WS_TABSTOP | BS_OWNERDRAW | (enabled ? 0 : WS_DISABLED),
                                       ids::kColorButton + row, {kButtonLeft, y, kButtonLeft + kButtonWidth, y + kButtonHeight});
-    rgb_labels_[row] = CreateChild(box, static_class_, RgbTextOf(row), shown | SS_CENTERIMAGE | SS_NOPREFIX,
+    rgb_texts_[row] = RgbTextOf(row);
+    rgb_labels_[row] = CreateChild(box, static_class_, rgb_texts_[row], shown | SS_CENTERIMAGE | SS_NOPREFIX,
                                    ids::kRgbLabel + row, {kRgbLeft, y, kRgbLeft + rgb_width_, y + kButtonHeight});
     HWND name = CreateChild(box, static_class_, Widen(RowName(row, s.VoltageNames())),
                             shown | SS_CENTERIMAGE | SS_NOTIFY | SS_NOPREFIX, ids::kNameLabel + row,
@@ -486,8 +489,10 @@ void EditorWindow::ApplyEnablement() {
   EnableWindow(GetDlgItem(hwnd_, ids::kSaveAsButton), d.save);
   EnableWindow(GetDlgItem(hwnd_, ids::kDeleteButton), d.delete_scheme);
   EnableWindow(GetDlgItem(hwnd_, ids::kSchemeCombo), d.scheme_list);
+  if (buttons_enabled_ == d.colour_buttons) return;  // 290 windows: only when it changes
   for (HWND button : color_buttons_)
     if (button) EnableWindow(button, d.colour_buttons);
+  buttons_enabled_ = d.colour_buttons;
 }
 
 void EditorWindow::RowChanged(int row) {
@@ -497,15 +502,19 @@ void EditorWindow::RowChanged(int row) {
     return;
   }
   if (row >= kRowCount || !rgb_labels_[row]) return;
-  SetWindowTextW(rgb_labels_[row], RgbTextOf(row).c_str());
+  // The text names the colour or the state, so an unchanged text is an unchanged row.
+  std::wstring text = RgbTextOf(row);
+  if (text == rgb_texts_[row]) return;
+  SetWindowTextW(rgb_labels_[row], text.c_str());
+  rgb_texts_[row] = std::move(text);
   InvalidateRect(color_buttons_[row], nullptr, FALSE);
 }
 
 void EditorWindow::ShowModal(frmTqColorSetting& session) {
   if (!hwnd_ || session_ != &session) return;
   FillSchemeList();  // the session fills the list after the window was made
+  ApplyEnablement();  // first: the frames ApplySelection builds take the buttons' state
   ApplySelection();
-  ApplyEnablement();
   // Centred over the owner (or the screen's work area), like a dialog.
   RECT area, window;
   if (owner_ && !IsIconic(owner_))

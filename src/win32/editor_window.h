@@ -83,6 +83,8 @@ class EditorWindow final : public EditorView {
   std::array<std::array<HWND, 3>, kPageCount> frames_{};
   std::array<HWND, kRowCount> color_buttons_{};
   std::array<HWND, kRowCount> rgb_labels_{};
+  std::array<std::wstring, kRowCount> rgb_texts_;
+  bool buttons_enabled_ = true;  // as the colour buttons are
   std::wstring tooltip_text_;
   std::unique_ptr<Gdi> gdi_;
   int dpi_ = 96;

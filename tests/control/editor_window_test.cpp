@@ -125,6 +125,7 @@ struct Display {
   const wchar_t* tab_name = nullptr;  // Show2 when set
   short tab = 0, category = 0;
   bool enable = true;
+  std::optional<bool> enable_later;  // EnableChanges of the second and later openings
   int shows = 1;
   std::function<void()> before_show;  // on the display's thread, after "Initialize"
   // Seen.
@@ -193,7 +194,8 @@ class EditorWindow : public ::testing::Test {
           ArgList show;
           show.RefStr(L"unused");
           if (d.tab_name) show.RefStr(d.tab_name); else show.I2(d.tab).RefVar();
-          show.I2(d.category).RefVar().I2(d.enable ? -1 : 0).RefVar();
+          const bool enable = i > 0 ? d.enable_later.value_or(d.enable) : d.enable;
+          show.I2(d.category).RefVar().I2(enable ? -1 : 0).RefVar();
           VARIANT result;
           VariantInit(&result);
           const HRESULT hr = show.Invoke(control.Get(), d.tab_name ? L"Show2" : L"Show", &result);
@@ -464,6 +466,23 @@ TEST_F(EditorWindow, ReadOnlyByLevelOrByTheHostShowsItInTitleButtonsAndSchemeLis
     EXPECT_EQ(cancel, c.language == std::wstring(L"DE") ? L"Abbrechen" : L"Cancel");
     EXPECT_EQ(tab, c.language == std::wstring(L"DE") ? L"Zustandsfarben" : L"State Colors");
   }
+  // The same window, opened again editable, takes none of the read-only state along.
+  Display d;
+  d.enable = false;
+  d.enable_later = true;
+  d.shows = 2;
+  std::vector<std::wstring> seen;
+  Run(d, [&] {
+    for (int i = 0; i < 2; ++i) {
+      HWND e = Editor(d);
+      ASSERT_TRUE(e);
+      seen.push_back(WindowText(e) + L"|" + std::to_wstring(Enabled(e, ids::kColorButton + 19)) +
+                     std::to_wstring(Enabled(e, ids::kOk)));
+      Click(e, ids::kCancel);
+      for (int wait = 0; wait < 500 && IsWindowVisible(e); ++wait) Sleep(5);
+    }
+  });
+  EXPECT_EQ(seen, (std::vector<std::wstring>{L"Color Setting Tool (Read-Only)|00", L"Color Setting Tool|11"}));
 }
 
 TEST_F(EditorWindow, AnotherEditorsLockOffersReadOnlyAndNoKeepsTheEditorClosed) {
