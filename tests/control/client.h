@@ -7,6 +7,7 @@
 #include <wrl/client.h>
 
 #include <deque>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,19 @@ class StackDispatch : public IDispatch {
 
  private:
   IID also_;
+};
+
+// The host's list-communication object as a test plays it: its members are found by
+// name, with the ids 1-6 in the order of kMembers.
+class HostDispatch : public StackDispatch {
+ public:
+  static constexpr const wchar_t* kMembers[] = {L"HostEvaluate",   L"HostNotify",       L"HostFileNotice",
+                                                L"HostRemoveFile", L"HostCreateFolder", L"HostRequest"};
+  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* id) override {
+    for (DISPID i = 0; i < static_cast<DISPID>(std::size(kMembers)); ++i)
+      if (_wcsicmp(names[0], kMembers[i]) == 0) return *id = i + 1, S_OK;
+    return DISP_E_UNKNOWNNAME;
+  }
 };
 
 // Arguments in natural order; owns what by-reference arguments point to.

@@ -49,17 +49,12 @@ void EachDescendant(HWND parent, F f) {
 
 // The process display's list-communication object: reports `levels` voltage levels
 // (or junk), notes every call.
-class DisplayHost final : public test::StackDispatch {
+class DisplayHost final : public test::HostDispatch {
  public:
   int levels = 4;
   bool junk = false;
   std::vector<std::wstring> calls;
 
-  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* id) override {
-    for (DISPID i = 0; i < static_cast<DISPID>(std::size(kMembers)); ++i)
-      if (_wcsicmp(names[0], kMembers[i]) == 0) return *id = i + 1, S_OK;
-    return DISP_E_UNKNOWNNAME;
-  }
   STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) override {
     std::wstring call = kMembers[id - 1];
     for (UINT i = p->cArgs; i-- > 0;)
@@ -109,8 +104,6 @@ class DisplayHost final : public test::StackDispatch {
     v.parray = SafeArrayCreate(VT_VARIANT, 1, &bound);
   }
   static VARIANT& Element(VARIANT& v, int k) { return static_cast<VARIANT*>(v.parray->pvData)[k - 1]; }
-  static constexpr const wchar_t* kMembers[] = {L"HostEvaluate", L"HostNotify", L"HostFileNotice",
-                                                L"HostRemoveFile", L"HostCreateFolder", L"HostRequest"};
 };
 
 // What the host does and what it saw.

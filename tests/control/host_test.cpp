@@ -12,7 +12,7 @@ namespace {
 using test::ArgList;
 using test::ComPtr;
 
-class TestHost final : public test::StackDispatch {
+class TestHost final : public test::HostDispatch {
  public:
   enum class Mode { Answer, Raise, Junk, Reenter };
   Mode mode = Mode::Answer;
@@ -20,11 +20,6 @@ class TestHost final : public test::StackDispatch {
   std::vector<std::wstring> calls;
   VARIANT notified{};
 
-  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* id) override {
-    for (DISPID i = 0; i < static_cast<DISPID>(std::size(kMembers)); ++i)
-      if (_wcsicmp(names[0], kMembers[i]) == 0) return *id = i + 1, S_OK;
-    return DISP_E_UNKNOWNNAME;
-  }
   STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) override {
     std::wstring call = kMembers[id - 1];
     for (UINT i = p->cArgs; i-- > 0;)
@@ -50,10 +45,6 @@ class TestHost final : public test::StackDispatch {
     return S_OK;
   }
   ~TestHost() { VariantClear(&notified); }
-
- private:
-  static constexpr const wchar_t* kMembers[] = {L"HostEvaluate", L"HostNotify", L"HostFileNotice",
-                                                L"HostRemoveFile", L"HostCreateFolder", L"HostRequest"};
 };
 
 class HostBinding : public ::testing::Test {
