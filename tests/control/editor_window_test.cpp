@@ -414,6 +414,46 @@ TEST_F(EditorWindow, APickedColourIsSavedOnOkInItsOwnLineAndSentToTheHost) {
   EXPECT_EQ(d.calls.back(), L"HostNotify|ColorSchemeLoaded|");
 }
 
+TEST_F(EditorWindow, TagoutShowsItsBoldHeadingAndTheTooltipsNameIndexAndFile) {
+  Display d;
+  d.category = 1;  // Status / Tagout
+  std::wstring button, index_tip, file_tip;
+  LONG weight = 0;
+  Run(d, [&] {
+    HWND e = Editor(d);
+    ASSERT_TRUE(e);
+    LOGFONTW font{};
+    GetObjectW(reinterpret_cast<HFONT>(SendMessageW(Item(e, ids::kTagoutHeading), WM_GETFONT, 0, 0)), sizeof font, &font);
+    weight = font.lfWeight;
+    button = Text(e, ids::kColorButton + 100);
+    HWND tooltip = nullptr;
+    EachThreadWindow(d.thread, [&](HWND hwnd) {
+      wchar_t name[32];
+      GetClassNameW(hwnd, name, 32);
+      if (!wcscmp(name, TOOLTIPS_CLASSW) && GetWindow(hwnd, GW_OWNER) == e) tooltip = hwnd;
+      return !tooltip;
+    });
+    auto tip = [&](HWND parent, HWND tool) {
+      wchar_t text[512] = L"";
+      TTTOOLINFOW info{};
+      info.cbSize = sizeof info;
+      info.hwnd = parent;
+      info.uId = reinterpret_cast<UINT_PTR>(tool);
+      info.lpszText = text;
+      SendMessageW(tooltip, TTM_GETTEXTW, 512, reinterpret_cast<LPARAM>(&info));
+      return std::wstring(text);
+    };
+    HWND frame = Item(e, ids::kFrame + 1);
+    index_tip = tip(frame, Item(e, ids::kNameLabel + 100));
+    file_tip = tip(GetParent(frame), frame);
+    Click(e, ids::kCancel);
+  });
+  EXPECT_EQ(weight, FW_BOLD);
+  EXPECT_EQ(button, L"Highest Severity (Emergency)");
+  EXPECT_EQ(index_tip, L"Color index: 110");
+  EXPECT_EQ(file_tip, W(Table()));
+}
+
 TEST_F(EditorWindow, ReadOnlyByLevelOrByTheHostShowsItInTitleButtonsAndSchemeList) {
   const struct {
     short level;
