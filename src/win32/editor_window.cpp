@@ -208,6 +208,7 @@ void EditorWindow::Load(frmTqColorSetting& session) {
 // Top-most owner, top-most editor: it must not open behind an always-on-top display.
 void EditorWindow::ApplyTopMost() {
   const bool top_most = owner_ && (GetWindowLongW(owner_, GWL_EXSTYLE) & WS_EX_TOPMOST);
+  if (top_most == ((GetWindowLongW(hwnd_, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0)) return;
   SetWindowPos(hwnd_, top_most ? HWND_TOPMOST : HWND_NOTOPMOST, 0, 0, 0, 0,
                SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
 }
@@ -227,6 +228,8 @@ void EditorWindow::Destroy() {
   tooltip_ = tabs_ = nullptr;
   pages_.fill(nullptr);
   for (auto& frames : frames_) frames.fill(nullptr);
+  shown_frame_.fill(-1);
+  shown_page_ = -1;
   color_buttons_.fill(nullptr);
   rgb_labels_.fill(nullptr);
   for (auto& text : rgb_texts_) text.clear();
@@ -310,12 +313,7 @@ void EditorWindow::Layout() {
   SendMessageW(tabs_, TCM_ADJUSTRECT, TRUE, reinterpret_cast<LPARAM>(&outer));
   const int tab_width = outer.right - outer.left, tab_height = outer.bottom - outer.top;
   const int left = Px(kMargin), top = Px(kMargin);
-  SetWindowPos(tabs_, nullptr, left, top, tab_width, tab_height, SWP_NOZORDER);
-  RECT inner{0, 0, tab_width, tab_height};
-  SendMessageW(tabs_, TCM_ADJUSTRECT, FALSE, reinterpret_cast<LPARAM>(&inner));
-  for (HWND page : pages_)
-    if (page) SetWindowPos(page, nullptr, inner.left, inner.top, inner.right - inner.left, inner.bottom - inner.top,
-                           SWP_NOZORDER | SWP_NOACTIVATE);
+  SetWindowPos(tabs_, nullptr, left, top, tab_width, tab_height, SWP_NOZORDER);  // pages follow when built
 
   // Buttons: scheme list, Save As and Delete on one line, More, OK and Cancel on the next.
   HDC dc = GetDC(hwnd_);
@@ -434,7 +432,7 @@ void EditorWindow::BuildFrame(int page, int f) {
 void EditorWindow::AddTool(HWND parent, HWND tool, wchar_t* text) {
   TTTOOLINFOW tip{};
   tip.cbSize = sizeof tip;
-  tip.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+  tip.uFlags = TTF_IDISHWND;
   tip.hwnd = parent;
   tip.uId = reinterpret_cast<UINT_PTR>(tool);
   tip.lpszText = text;
@@ -460,25 +458,26 @@ void EditorWindow::FillSchemeList() {
 
 void EditorWindow::ApplySelection() {
   TabSelection& selection = session_->Selection();
-  const int shown_page = selection.TabNumber();
+  const int page = selection.TabNumber(), frame = selection.ShownFrameOf(page);
   SendMessageW(tabs_, TCM_SETCURSEL, selection.SelectedPosition(), 0);
-  BuildPage(shown_page);
-  BuildFrame(shown_page, selection.ShownFrameOf(shown_page));
-  for (int page = 0; page < kPageCount; ++page) {
-    if (!pages_[page]) continue;
-    const int category = page == shown_page ? selection.CategoryNumber() : -1;
-    if (page == shown_page && category >= 0)
-      SendDlgItemMessageW(pages_[page], ids::kCategoryCombo + page, CB_SETCURSEL, category, 0);
-    const int frame = selection.ShownFrameOf(page);
-    for (int f = 0; f < kTabPages[page].frame_count; ++f) {
-      HWND box = frames_[page][f];
-      if (!box) continue;
-      const bool show = page == shown_page && f == frame;
-      ShowWindow(box, show ? SW_SHOWNA : SW_HIDE);
-      EnableWindow(box, show);
-    }
-    ShowWindow(pages_[page], page == shown_page ? SW_SHOWNA : SW_HIDE);
-    EnableWindow(pages_[page], page == shown_page);
+  BuildPage(page);
+  BuildFrame(page, frame);
+  if (selection.CategoryNumber() >= 0)
+    SendDlgItemMessageW(pages_[page], ids::kCategoryCombo + page, CB_SETCURSEL, selection.CategoryNumber(), 0);
+  // Only what changes is shown or hidden: a hidden page keeps its frame as it was.
+  auto show = [](HWND window, bool visible) {
+    ShowWindow(window, visible ? SW_SHOWNA : SW_HIDE);
+    EnableWindow(window, visible);
+  };
+  if (shown_frame_[page] != frame) {
+    if (shown_frame_[page] >= 0) show(frames_[page][shown_frame_[page]], false);
+    show(frames_[page][frame], true);
+    shown_frame_[page] = frame;
+  }
+  if (shown_page_ != page) {
+    if (shown_page_ >= 0) show(pages_[shown_page_], false);
+    show(pages_[page], true);
+    shown_page_ = page;
   }
 }
 
@@ -528,20 +527,26 @@ void EditorWindow::ShowModal(frmTqColorSetting& session) {
                SWP_NOZORDER | SWP_NOSIZE | SWP_NOACTIVATE);
 
   // Modal: the owner takes no input while the editor is up, and gets it back (and the
-  // activation) however the editor ends.
+  // activation) however the editor ends: before the editor hides, so that the
+  // activation goes to the owner and not to some other application.
   struct OwnerDisabled {
     HWND owner;
+    HWND editor;
     bool was_enabled;
-    explicit OwnerDisabled(HWND o) : owner(o), was_enabled(o && !EnableWindow(o, FALSE)) {}
+    OwnerDisabled(HWND o, HWND e) : owner(o), editor(e), was_enabled(o && !EnableWindow(o, FALSE)) {}
     ~OwnerDisabled() {
-      if (!owner) return;
-      if (was_enabled) EnableWindow(owner, TRUE);
-      SetActiveWindow(owner);
+      if (owner && was_enabled) EnableWindow(owner, TRUE);
+      if (owner) SetActiveWindow(owner);
+      if (editor && IsWindow(editor)) ShowWindow(editor, SW_HIDE);
     }
-  } disabled(owner_);
+  } disabled(owner_, hwnd_);
 
   closing_ = false;
-  ShowWindow(hwnd_, SW_SHOW);
+  // Shown without the synchronous erase of every child that ShowWindow makes, then
+  // painted once in the normal way.
+  SetWindowPos(hwnd_, nullptr, 0, 0, 0, 0,
+               SWP_SHOWWINDOW | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOREDRAW);
+  RedrawWindow(hwnd_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
   SetForegroundWindow(hwnd_);
   // The focus is always visible, not only after the first key press.
   SendMessageW(hwnd_, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
@@ -554,11 +559,14 @@ void EditorWindow::ShowModal(frmTqColorSetting& session) {
       break;
     }
     if (got == -1) break;
+    // The tooltips see the mouse here rather than by subclassing every tool window,
+    // which would cost a property lookup on every message of every row.
+    if (msg.message >= WM_MOUSEFIRST && msg.message <= WM_MOUSELAST && tooltip_)
+      SendMessageW(tooltip_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&msg));
     if (PreTranslate(msg) || IsDialogMessageW(hwnd_, &msg)) continue;
     TranslateMessage(&msg);
     DispatchMessageW(&msg);
   }
-  if (hwnd_) ShowWindow(hwnd_, SW_HIDE);
 }
 
 void EditorWindow::Close() {

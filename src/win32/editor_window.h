@@ -17,6 +17,12 @@
 namespace tq::win {
 
 class EditorWindow final : public EditorView {
+  static constexpr std::array<int, kPageCount> MakeFilled(int value) {
+    std::array<int, kPageCount> a{};
+    for (int& v : a) v = value;
+    return a;
+  }
+
  public:
   // This thread's window object (the window itself exists from Load to Unload).
   static EditorWindow& ThisThread();
@@ -81,6 +87,8 @@ class EditorWindow final : public EditorView {
   HWND tooltip_ = nullptr;
   std::array<HWND, kPageCount> pages_{};
   std::array<std::array<HWND, 3>, kPageCount> frames_{};
+  std::array<int, kPageCount> shown_frame_ = MakeFilled(-1);  // the visible frame of each page
+  int shown_page_ = -1;
   std::array<HWND, kRowCount> color_buttons_{};
   std::array<HWND, kRowCount> rgb_labels_{};
   std::array<std::wstring, kRowCount> rgb_texts_;

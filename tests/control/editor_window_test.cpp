@@ -9,6 +9,7 @@
 #include <psapi.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -122,6 +123,7 @@ struct Display {
   int shows = 1;
   std::function<void()> before_show;  // on the display's thread, after "Initialize"
   // Seen.
+  std::atomic<int> returned{0};  // Show calls that have returned
   std::vector<bool> results;
   HRESULT hr = S_OK;
   bool owner_enabled_during = true, owner_enabled_after = false;
@@ -195,6 +197,7 @@ class EditorWindow : public ::testing::Test {
           if (FAILED(hr)) d.hr = hr;
           d.results.push_back(result.vt == VT_BOOL && result.boolVal != VARIANT_FALSE);
           VariantClear(&result);
+          ++d.returned;
         }
         d.owner_enabled_after = IsWindowEnabled(owner);
       }
@@ -207,6 +210,11 @@ class EditorWindow : public ::testing::Test {
     host.get();
   }
 
+  // Waits until the display's Show has returned `count` times: the window itself is kept
+  // and shown again so fast that watching it would miss the closing.
+  static void WaitForShows(const Display& d, int count) {
+    for (int waited = 0; waited < 20000 && d.returned < count; ++waited) Sleep(1);
+  }
   // The editor window of the display's thread, once it is visible and idle.
   static HWND Editor(const Display& d, DWORD timeout_ms = 20000) {
     for (DWORD waited = 0; waited < timeout_ms; waited += 20) {
@@ -512,7 +520,7 @@ TEST_F(EditorWindow, ReadOnlyByLevelOrByTheHostShowsItInTitleButtonsAndSchemeLis
       seen.push_back(WindowText(e) + L"|" + std::to_wstring(Enabled(e, ids::kColorButton + 19)) +
                      std::to_wstring(Enabled(e, ids::kOk)));
       Click(e, ids::kCancel);
-      for (int wait = 0; wait < 500 && IsWindowVisible(e); ++wait) Sleep(5);
+      WaitForShows(d, i + 1);
     }
   });
   EXPECT_EQ(seen, (std::vector<std::wstring>{L"Color Setting Tool (Read-Only)|00", L"Color Setting Tool|11"}));
@@ -804,7 +812,7 @@ TEST_F(EditorWindow, TwoHundredOpeningsLeaveHandlesGdiUserObjectsAndMemoryFlat) 
       if (i == kOpenings - 1) last = measure(d);
       ClickTab(e, i % 9);  // every page gets built now and then
       Click(e, ids::kCancel);
-      for (int wait = 0; wait < 500 && IsWindowVisible(e); ++wait) Sleep(5);
+      WaitForShows(d, i + 1);
     }
   });
   std::printf("after %d and %d openings: handles %lu -> %lu, GDI %lu -> %lu, USER %lu -> %lu, private KiB %zu -> %zu\n",
