@@ -117,4 +117,7 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** out) {
   return CLASS_E_CLASSNOTAVAILABLE;
 }
 
-STDAPI DllCanUnloadNow() { return LiveCount() == 0 ? S_OK : S_FALSE; }
+// A kept editor window's procedure lives in this library, so it holds the library too.
+STDAPI DllCanUnloadNow() {
+  return LiveCount() == 0 && tq::win::EditorWindow::LiveWindows() == 0 ? S_OK : S_FALSE;
+}

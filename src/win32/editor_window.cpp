@@ -106,6 +106,7 @@ COLORREF Resolve(std::int32_t colour) {
 bool IsIdIn(int id, int base) { return id >= base && id < base + kRowCount; }
 
 thread_local ThreadOwned<EditorWindow> t_window;
+LONG g_live_windows = 0;
 
 }  // namespace
 
@@ -115,6 +116,8 @@ struct EditorWindow::Gdi {
 };
 
 EditorWindow& EditorWindow::ThisThread() { return t_window.Get(); }
+
+long EditorWindow::LiveWindows() { return InterlockedCompareExchange(&g_live_windows, 0, 0); }
 
 bool EditorWindow::RegisterClasses() {
   WNDCLASSEXW existing{};
@@ -177,6 +180,7 @@ void EditorWindow::Load(frmTqColorSetting& session) {
                           WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT, 100,
                           100, owner_, nullptr, ThisModule(), this);
   if (!hwnd_) return;
+  InterlockedIncrement(&g_live_windows);
   // The system menu offers only what a dialog offers.
   if (HMENU menu = GetSystemMenu(hwnd_, FALSE)) {
     DeleteMenu(menu, SC_SIZE, MF_BYCOMMAND);
@@ -223,6 +227,7 @@ void EditorWindow::Destroy() {
     HWND hwnd = hwnd_;
     hwnd_ = nullptr;
     DestroyWindow(hwnd);
+    InterlockedDecrement(&g_live_windows);
   }
   if (tooltip_) DestroyWindow(tooltip_);  // a top-level window of its own
   tooltip_ = tabs_ = nullptr;

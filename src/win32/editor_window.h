@@ -30,6 +30,9 @@ class EditorWindow final : public EditorView {
   // the library removes them when it is unloaded.
   static bool RegisterClasses();
   static void UnregisterClasses();
+  // Editor windows that exist (shown or kept hidden) in the process: the library must
+  // not be unloaded under them.
+  static long LiveWindows();
 
   EditorWindow() = default;
   ~EditorWindow() override;
