@@ -322,6 +322,14 @@ void frmTqColorSetting::UnloadForm() {
 
 bool frmTqColorSetting::Show(ControlInstanceState& control, const std::string& clutFile, std::int16_t tabNumber,
                              std::int16_t categoryNumber, bool enableChanges, SessionError& error) {
+  // The thread has one editor: a Show from inside the open one (a host's timer, a
+  // second control) gets false and leaves the open editor alone.
+  if (showing_) return false;
+  struct Showing {
+    bool& flag;
+    explicit Showing(bool& f) : flag(f) { flag = true; }
+    ~Showing() { flag = false; }
+  } showing(showing_);
   table_.ClutError = false;
   if (!CheckCanContinueCST(true)) {
     UnloadForm();

@@ -234,6 +234,7 @@ class frmTqColorSetting {
   std::string caption_;
   bool enable_changes_ = false;
   bool loaded_ = false;
+  bool showing_ = false;  // inside Show
   int scheme_list_index_ = 0;
 };
 

@@ -225,7 +225,14 @@ TEST_F(Session, PicksOkAndCancelFollowTheRulesAndAFailedSaveKeepsTheEditorOpen) 
     int closed;
     bool written;
   } cases[] = {
-      {"OK, nothing changed", [](frmTqColorSetting& f) { f.cmdOK_Click(); }, false, 1, false},
+      {"OK, nothing changed, after a Show from inside the open editor",
+       [&](frmTqColorSetting& f) {
+         EXPECT_FALSE(f.Show(c, "", 0, 0, true, error));
+         EXPECT_EQ(editor.shown.size(), 1u);
+         EXPECT_TRUE(f.IsLoaded());
+         f.cmdOK_Click();
+       },
+       false, 1, false},
       {"a cancelled pick, then the close box",
        [&](frmTqColorSetting& f) {
          f.ColorPicked(kRow, std::nullopt);
