@@ -472,24 +472,9 @@ bool Display::ConnectControl() {
 }
 
 HRESULT Display::Call(const wchar_t* member, std::vector<VARIANT> args, VARIANT* result) {
-  LPOLESTR name = const_cast<LPOLESTR>(member);
-  DISPID id;
-  HRESULT hr = control_->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &id);
-  std::wstring description;
-  if (SUCCEEDED(hr)) {
-    std::reverse(args.begin(), args.end());  // rgvarg holds the last argument first
-    DISPPARAMS params{args.data(), nullptr, static_cast<UINT>(args.size()), 0};
-    EXCEPINFO exception{};
-    hr = control_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, result, &exception, nullptr);
-    if (hr == DISP_E_EXCEPTION) {
-      if (exception.pfnDeferredFillIn) exception.pfnDeferredFillIn(&exception);
-      if (exception.bstrDescription) description = L": " + std::wstring(exception.bstrDescription);
-    }
-    SysFreeString(exception.bstrSource);
-    SysFreeString(exception.bstrDescription);
-    SysFreeString(exception.bstrHelpFile);
-  }
-  if (FAILED(hr)) Log(std::wstring(member) + L" failed (" + HresultText(hr) + L")" + description);
+  std::wstring error;
+  const HRESULT hr = CallByName(control_.Get(), member, std::move(args), result, &error);
+  if (FAILED(hr)) Log(std::wstring(member) + L" failed (" + HresultText(hr) + L")" + (error.empty() ? L"" : L": " + error));
   return hr;
 }
 

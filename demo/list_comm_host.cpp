@@ -1,5 +1,7 @@
 #include "list_comm_host.h"
 
+#include <algorithm>
+
 #include <iterator>
 #include <utility>
 
@@ -221,6 +223,26 @@ HRESULT ListCommHost::Evaluate(const std::wstring& expression, VARIANT& status, 
   }
   if (HRESULT hr = Store(value, std::move(answer)); FAILED(hr)) return hr;
   return Store(status, Variant::Int(0));
+}
+
+HRESULT CallByName(IDispatch* object, const wchar_t* member, std::vector<VARIANT> args, VARIANT* result,
+                   std::wstring* error) {
+  LPOLESTR name = const_cast<LPOLESTR>(member);
+  DISPID id;
+  HRESULT hr = object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &id);
+  if (FAILED(hr)) return hr;
+  std::reverse(args.begin(), args.end());  // rgvarg holds the last argument first
+  DISPPARAMS params{args.data(), nullptr, static_cast<UINT>(args.size()), 0};
+  EXCEPINFO exception{};
+  hr = object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, result, &exception, nullptr);
+  if (hr == DISP_E_EXCEPTION) {
+    if (exception.pfnDeferredFillIn) exception.pfnDeferredFillIn(&exception);
+    if (error && exception.bstrDescription) *error = exception.bstrDescription;
+  }
+  SysFreeString(exception.bstrSource);
+  SysFreeString(exception.bstrDescription);
+  SysFreeString(exception.bstrHelpFile);
+  return hr;
 }
 
 }  // namespace demo

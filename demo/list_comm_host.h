@@ -52,6 +52,11 @@ class Variant {
   VARIANT v_;
 };
 
+// Calls a member of `object` by name as a late-bound host does, arguments in their
+// natural order. A failure's description, when the object gave one, goes to `error`.
+HRESULT CallByName(IDispatch* object, const wchar_t* member, std::vector<VARIANT> args, VARIANT* result,
+                   std::wstring* error = nullptr);
+
 // Any argument (by reference or not) as text; arrays as "[a, b, ...]"; "" for what has no text.
 std::wstring DescribeValue(const VARIANT& value);
 

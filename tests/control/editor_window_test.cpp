@@ -6,7 +6,6 @@
 
 #include <windows.h>
 #include <commctrl.h>
-#include <psapi.h>
 
 #include <algorithm>
 #include <atomic>
@@ -778,26 +777,18 @@ TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
 }
 
 TEST_F(EditorWindow, TwoHundredOpeningsLeaveHandlesGdiUserObjectsAndMemoryFlat) {
-  // Wine reports no handle or GDI counts (0): the windows of the display's thread stand
-  // in for USER objects, and the committed bytes for private bytes.
+  // Wine counts no USER objects either: the windows of the display's thread stand in.
   struct Use {
-    DWORD handles, gdi, user;
-    SIZE_T private_bytes;
+    ProcessFigures process;
+    DWORD windows = 0;
   };
   auto measure = [](const Display& d) {
-    Use use{};
-    GetProcessHandleCount(GetCurrentProcess(), &use.handles);
-    use.gdi = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
-    use.user = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);
-    if (use.user == 0)
-      EachThreadWindow(d.thread, [&](HWND hwnd) {
-        ++use.user;
-        EachDescendant(hwnd, [&](HWND) { return ++use.user, true; });
-        return true;
-      });
-    PROCESS_MEMORY_COUNTERS_EX memory{};
-    GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory), sizeof memory);
-    use.private_bytes = memory.PrivateUsage ? memory.PrivateUsage : memory.PagefileUsage;
+    Use use;
+    EachThreadWindow(d.thread, [&](HWND hwnd) {
+      ++use.windows;
+      EachDescendant(hwnd, [&](HWND) { return ++use.windows, true; });
+      return true;
+    });
     return use;
   };
   constexpr int kOpenings = 200, kWarmUp = 10;
@@ -815,14 +806,17 @@ TEST_F(EditorWindow, TwoHundredOpeningsLeaveHandlesGdiUserObjectsAndMemoryFlat) 
       WaitForShows(d, i + 1);
     }
   });
-  std::printf("after %d and %d openings: handles %lu -> %lu, GDI %lu -> %lu, USER %lu -> %lu, private KiB %zu -> %zu\n",
-              kWarmUp, kOpenings, warm.handles, last.handles, warm.gdi, last.gdi, warm.user, last.user,
-              warm.private_bytes / 1024, last.private_bytes / 1024);
+  const ProcessFigures &a = warm.process, &b = last.process;
+  std::printf("after %d and %d openings: next handle %zu -> %zu, GDI %lu -> %lu, USER %lu -> %lu, "
+              "windows %lu -> %lu, committed KiB %zu -> %zu\n",
+              kWarmUp, kOpenings, a.next_handle, b.next_handle, a.gdi_objects, b.gdi_objects, a.user_objects,
+              b.user_objects, warm.windows, last.windows, a.pagefile / 1024, b.pagefile / 1024);
   EXPECT_EQ(d.results.size(), static_cast<std::size_t>(kOpenings));
-  EXPECT_LE(last.handles, warm.handles + 8);
-  EXPECT_LE(last.gdi, warm.gdi + 8);
-  EXPECT_LE(last.user, warm.user + 8);
-  EXPECT_LE(last.private_bytes, warm.private_bytes + 4 * 1024 * 1024);
+  EXPECT_LE(b.next_handle, a.next_handle + 8 * 4);  // handle values step by 4
+  EXPECT_LE(b.gdi_objects, a.gdi_objects + 8);
+  EXPECT_LE(b.user_objects, a.user_objects + 8);
+  EXPECT_LE(last.windows, warm.windows + 8);
+  EXPECT_LE(b.pagefile, a.pagefile + 4 * 1024 * 1024);
 }
 
 }  // namespace

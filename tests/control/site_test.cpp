@@ -2,12 +2,12 @@
 // container, events to a C++ sink, and a thousand create/use/release cycles.
 #include <gtest/gtest.h>
 #include <windows.h>
-#include <psapi.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <vector>
 
+#include "common/win_test_support.h"
 #include "control/client.h"
 #include "control/control.h"
 #include "support/custom_file_dlg.h"
@@ -106,21 +106,6 @@ TEST(AtlContainer, SitesTheControlByProgId) {
   DestroyWindow(frame);
 }
 
-// Wine does not count handles (GetProcessHandleCount answers 0): the value of a
-// fresh handle shows whether the handle table grew.
-struct ProcessFigures {
-  std::size_t next_handle = 0, working_set = 0, pagefile = 0;
-  ProcessFigures() {
-    HANDLE probe = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    next_handle = reinterpret_cast<std::uintptr_t>(probe);
-    CloseHandle(probe);
-    PROCESS_MEMORY_COUNTERS memory{sizeof(memory)};
-    GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof(memory));
-    working_set = memory.WorkingSetSize;
-    pagefile = memory.PagefileUsage;
-  }
-};
-
 void Cycle(IClassFactory* factory, IDispatch* host, int i) {
   ComPtr<IDispatch> control;
   ASSERT_EQ(factory->CreateInstance(nullptr, IID_PPV_ARGS(&control)), S_OK);
@@ -138,10 +123,10 @@ TEST(Leaks, ThousandCyclesLeaveNothingBehind) {
   ASSERT_EQ(DllGetClassObject(CLSID_ctlTqColorSetting, IID_PPV_ARGS(&factory)), S_OK);
   BrowseSink host_stand_in;  // any object: binding it is refused, which must not leak either
   for (int i = 0; i < 10; ++i) Cycle(factory.Get(), &host_stand_in, i);  // first-use allocations
-  const ProcessFigures before;
+  const tq::test::ProcessFigures before;
   const LONG live_before = tq::com::LiveCount();
   for (int i = 0; i < 1000; ++i) Cycle(factory.Get(), &host_stand_in, i);
-  const ProcessFigures after;
+  const tq::test::ProcessFigures after;
   const LONG live_after = tq::com::LiveCount();
   factory.Reset();
   std::printf("live objects: %ld before, %ld after (%ld once the factory is released); DllCanUnloadNow: %s\n",

@@ -534,12 +534,7 @@ class Host {
   }
 
   HRESULT Call(const wchar_t* member, std::vector<VARIANT> args, VARIANT* result = nullptr) {
-    DISPID id;
-    HRESULT hr = IdOf(member, id);
-    if (FAILED(hr)) return hr;
-    std::reverse(args.begin(), args.end());
-    DISPPARAMS params{args.data(), nullptr, static_cast<UINT>(args.size()), 0};
-    hr = control_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, result, nullptr, nullptr);
+    const HRESULT hr = demo::CallByName(control_.Get(), member, std::move(args), result);
     if (FAILED(hr)) Fail(std::wstring(member) + L" failed (" + Hex(hr) + L")");
     return hr;
   }
