@@ -49,7 +49,8 @@ def write_if_changed(path, text):
 
 
 def rc_quote(text):
-    return '"' + text.replace('"', '""') + '"'
+    # The resource compiler reads backslash escapes inside strings.
+    return '"' + text.replace('\\', '\\\\').replace('"', '""') + '"'
 
 
 def cpp_quote(text):

@@ -182,8 +182,10 @@ std::string GetColorSchemeAt(int position) {
 
 bool FindColorScheme(Platform& platform, const std::string& path, int& position) {
   const auto& schemes = ColorSchemes();
+  // The same file however the two were spelled (relative parts, separators).
+  const std::string wanted = platform.AbsolutePath(path);
   for (std::size_t i = 0; i < schemes.size(); ++i) {
-    if (EqualsIgnoreCase(platform, schemes[i], path)) {
+    if (EqualsIgnoreCase(platform, platform.AbsolutePath(schemes[i]), wanted)) {
       position = static_cast<int>(i);
       return true;
     }

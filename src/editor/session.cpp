@@ -200,8 +200,9 @@ void frmTqColorSetting::SendColorValues() { tq::SendColorValues(*platform_, tabl
 void frmTqColorSetting::cmbInitializeColorSchemes() {
   LoadForm();  // the scheme list is one of the window's controls
   LoadColorSchemeList(*platform_);
-  int position = 0;
-  scheme_list_index_ = FindColorScheme(*platform_, ClutFileName(), position) ? position : 0;
+  int position = -1;
+  // A file the list does not hold selects nothing rather than a scheme not edited.
+  SelectSchemeSilently(FindColorScheme(*platform_, ClutFileName(), position) ? position : -1);
 }
 
 int frmTqColorSetting::SyncClutFilesFromGlobalToApp() { return tq::SyncClutFilesFromGlobalToApp(*platform_, table_); }
@@ -338,6 +339,7 @@ bool frmTqColorSetting::Show(ControlInstanceState& control, const std::string& c
   // Once initialised, the control keeps the file chosen then or in the last session.
   if (!control.ColorSchemeInitialized) ResolveSessionClutFile(clutFile);
   EnableChanges(enableChanges);
+  host_enable_changes_ = enableChanges;
   cmbInitializeColorSchemes();
   LockFileCheck(true);
   if (table_.ClutError) {

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -81,6 +82,20 @@ constexpr std::int32_t kSystemButtonFace = static_cast<std::int32_t>(0x8000000F)
 // The unload mode of the window's own close command (close box, Alt+F4, system menu).
 constexpr int kUnloadFromControlMenu = 0;
 
+// What the Save As dialog (dlgSaveColorScheme) is given.
+struct SaveSchemeRequest {
+  std::string proposed_name;  // the current scheme's file name
+  int list_index = 0;
+  std::int16_t authorization_level = -1;  // the text box and OK are enabled from 2
+  std::vector<std::string> scheme_paths;
+  // The dialog's OK with the typed text: the name to close with, or nullopt when the
+  // dialog stays open (the user was told why, or does not want to overwrite).
+  std::function<std::optional<std::string>(const std::string& typed)> accept;
+};
+
+// The two file dialogs of import and export.
+enum class FileDialogKind { Open, Save };
+
 // The editor window as the session sees it; the Win32 window implements it. Without
 // one installed, showing the editor is a Cancel at once. The window only displays the
 // session's model and turns the user's actions into calls on the session.
@@ -97,7 +112,33 @@ class EditorView {
   virtual void Close() = 0;
   // The colour of a row changed in the model; -1 for every row.
   virtual void RowChanged(int row) = 0;
+  // The scheme list (ColorSchemes()) or its selection (SchemeListIndex()) changed.
+  virtual void SchemesChanged() {}
+  // The edited file, the enablement or the title changed.
+  virtual void StateChanged() {}
+  // The dialogs the commands open; without a window they answer as if cancelled.
+  virtual std::string AskSchemeName(const SaveSchemeRequest&) { return {}; }
+  // The standard open or save dialog; `initial_folder` is cleared once a name came back.
+  virtual std::string AskFile(FileDialogKind, const std::string& /*title*/, const std::string& /*filter*/,
+                              const std::string& /*default_ext*/, std::string& /*initial_folder*/) {
+    return {};
+  }
+  // The window's handle, as the host's own file dialog gets it (0 without one).
+  virtual std::int32_t WindowHandle() const { return 0; }
+  // What a row without a colour shows on its button (the system's button face).
+  virtual std::int32_t ButtonFaceColor() const { return 0xC0C0C0; }
 };
+
+// A name typed into the Save As dialog that could leave the scheme folder or that
+// Windows refuses for a file: folders, drives, "..", device names, reserved
+// characters, trailing dots and blanks, nothing at all.
+bool IsRefusedSchemeName(const std::string& name);
+
+// The value of key "Index_<index>" in a logical colours file: the colour's fields and
+// a comment naming where it is shown (`tab` and `category` for the display colours).
+std::string LogicalColorValue(int index, std::int32_t colour, const std::string& name, const std::string& tab,
+                              const std::string& category);
+constexpr const char* kLogicalColorsSection = "Logical Colors";
 
 class frmTqColorSetting {
  public:
@@ -172,6 +213,8 @@ class frmTqColorSetting {
 
   // ---- Methods ----
   bool CheckCanContinueCST(bool showMessage);
+  // Imports the logical colours of IniFileName into the rows, as unsaved changes.
+  void ImportIniFile();
   std::string GetDVHome();
   std::string GetDefaultClutFile();
   ColorTableArray GetColorsByIndexTable();
@@ -199,6 +242,16 @@ class frmTqColorSetting {
   void ColorPicked(int row, std::optional<std::int32_t> chosen);
   void cmdOK_Click();
   void cmdCancel_Click();
+  // The scheme list: a choice of the user (list position), and one made by the program.
+  void cmbColorSchemes_Click(int index);
+  void SelectSchemeSilently(int index);
+  // Makes the scheme at that list position the edited file.
+  void ApplyScheme(int index, bool reload);
+  void cmdSave_Click();
+  void cmdDelete_Click();
+  void miImport_Click();
+  void miExport_Click();
+  void miRestoreDefaults_Click();
   // The window is asked to close; kUnloadFromControlMenu acts as Cancel.
   void QueryUnload(int unloadMode);
 
@@ -218,6 +271,13 @@ class frmTqColorSetting {
 
  private:
   void ReleaseLockFile();
+  void ApplySchemeFile(const std::string& path, bool reload);
+  std::optional<std::string> AcceptSchemeName(const std::string& typed, const std::vector<std::string>& paths);
+  // The file the user names for import or export: the host's dialog or ours.
+  std::string ChooseLogicalColorsFile(FileDialogKind kind);
+  // The indexes import and export work on: those a row shows.
+  bool IsIndexShown(int index) const;
+  int Ask(const std::string& prompt, int buttons, int style);
 
   Platform* platform_;
   EditorView* view_ = nullptr;
@@ -235,7 +295,11 @@ class frmTqColorSetting {
   bool enable_changes_ = false;
   bool loaded_ = false;
   bool showing_ = false;  // inside Show
-  int scheme_list_index_ = 0;
+  bool host_enable_changes_ = false;  // EnableChanges as the host asked for it
+  int scheme_list_index_ = 0;  // the scheme list's selection; -1 for a file it does not hold
+  int last_scheme_index_ = 0;  // the list position last acted on
+  bool filling_ = false;       // the program sets the selection
+  std::string file_dialog_folder_;  // where the next file dialog starts
 };
 
 }  // namespace tq

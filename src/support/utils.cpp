@@ -17,13 +17,14 @@ std::string FormatClutComponent(std::int16_t value) {
   return field;
 }
 
+// Windows takes "/" between the parts of a path as well as "\\".
 std::string FileNameOf(std::string_view path) {
-  const auto slash = path.rfind('\\');
+  const auto slash = path.find_last_of("\\/");
   return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
 }
 
 std::string FolderOf(std::string_view path) {
-  const auto slash = path.rfind('\\');
+  const auto slash = path.find_last_of("\\/");
   return slash == std::string_view::npos ? std::string() : std::string(path.substr(0, slash + 1));
 }
 

@@ -25,9 +25,9 @@ inline std::int16_t BlueOf(std::int32_t colour) { return static_cast<std::int16_
 // One colour-table field: right-aligned to width 3 ("  5", " 42", "255", " -1"), then two blanks.
 std::string FormatClutComponent(std::int16_t value);
 
-// The text after the last "\"; the whole path when there is none.
+// The text after the last "\" (or "/"); the whole path when there is none.
 std::string FileNameOf(std::string_view path);
-// The text up to and including the last "\"; "" when there is none.
+// The text up to and including the last "\" (or "/"); "" when there is none.
 std::string FolderOf(std::string_view path);
 
 inline void SwapStrings(std::string& a, std::string& b) { std::swap(a, b); }

@@ -28,4 +28,14 @@ constexpr int kColorButton = 2000;         // + row (0-289); its text is the col
 constexpr int kRgbLabel = 2300;            // + row
 constexpr int kNameLabel = 2600;           // + row
 
+// The More menu's items (ids of their captions' strings).
+constexpr int kImportItem = 1205;
+constexpr int kExportItem = 1206;
+constexpr int kRestoreDefaultsItem = 1207;
+
+// The Save As dialog (dlgSaveColorScheme): a standard dialog (#32770) owned by the
+// editor, with OK and Cancel as IDOK and IDCANCEL.
+constexpr int kSchemeNameLabel = 1402;     // "Color Scheme:"
+constexpr int kSchemeNameEdit = 1405;      // txtColorScheme
+
 }  // namespace tq::win::editor_ids

@@ -10,8 +10,10 @@
 #include "colortable/clut_locations.h"
 #include "support/localization.h"
 #include "support/thread_owned.h"
+#include "win32/common_dialog.h"
 #include "win32/editor_ids.h"
 #include "win32/font_helper.h"
+#include "win32/save_scheme_dialog.h"
 #include "win32/text.h"
 
 namespace tq::win {
@@ -302,7 +304,9 @@ void EditorWindow::CreateControls() {
               {0, 0, kSchemeComboWidth, kComboDrop});
   button(ids::kSaveAsButton, 1208, BS_PUSHBUTTON);
   button(ids::kDeleteButton, 1209, BS_PUSHBUTTON);
-  button(ids::kMoreButton, 1203, BS_PUSHBUTTON);
+  // The menu opens on the press of the mouse button, not on its release.
+  SetWindowSubclass(button(ids::kMoreButton, 1203, BS_PUSHBUTTON), &MoreButtonProc, 0,
+                    reinterpret_cast<DWORD_PTR>(this));
   button(ids::kOk, 1201, BS_DEFPUSHBUTTON);
   button(ids::kCancel, 1202, BS_PUSHBUTTON);
   Layout();
@@ -458,7 +462,71 @@ void EditorWindow::FillSchemeList() {
   SendMessageW(combo, CB_RESETCONTENT, 0, 0);
   for (const std::string& scheme : ColorSchemes())  // by file name: they share one folder
     SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Widen(scheme.substr(scheme.rfind('\\') + 1)).c_str()));
-  SendMessageW(combo, CB_SETCURSEL, session_->SchemeListIndex(), 0);
+  SendMessageW(combo, CB_SETCURSEL, session_->SchemeListIndex(), 0);  // -1: a file the list does not hold
+}
+
+void EditorWindow::SchemesChanged() {
+  if (hwnd_ && session_) FillSchemeList();
+}
+
+void EditorWindow::StateChanged() {
+  if (!hwnd_ || !session_) return;
+  file_tip_ = Widen(session_->ClutFileName());
+  ApplyEnablement();
+}
+
+std::string EditorWindow::AskSchemeName(const SaveSchemeRequest& request) {
+  return hwnd_ ? win::AskSchemeName(hwnd_, request) : std::string();
+}
+
+std::string EditorWindow::AskFile(FileDialogKind kind, const std::string& title, const std::string& filter,
+                                  const std::string& default_ext, std::string& initial_folder) {
+  if (!hwnd_) return {};
+  return kind == FileDialogKind::Open ? ShowOpen(hwnd_, title, filter, default_ext, true, false, initial_folder)
+                                      : ShowSave(hwnd_, title, filter, default_ext, initial_folder);
+}
+
+// As the host's file dialog receives it: a 32-bit handle, which is all a window handle holds.
+std::int32_t EditorWindow::WindowHandle() const {
+  return static_cast<std::int32_t>(reinterpret_cast<std::uintptr_t>(hwnd_));
+}
+
+std::int32_t EditorWindow::ButtonFaceColor() const { return static_cast<std::int32_t>(GetSysColor(COLOR_BTNFACE)); }
+
+// Left-aligned with the button, just under it (two pixels up, over its bottom edge).
+void EditorWindow::ShowMoreMenu() {
+  HWND more = GetDlgItem(hwnd_, ids::kMoreButton);
+  HMENU menu = CreatePopupMenu();
+  if (!menu) return;
+  const EnableDecision& d = session_->Enablement();
+  std::wstring taken;
+  auto add = [&](int id, bool enabled) {
+    AppendMenuW(menu, MF_STRING | (enabled ? MF_ENABLED : MF_GRAYED), id, WithMnemonic(Caption(id), taken).c_str());
+  };
+  add(ids::kImportItem, d.import_export);
+  add(ids::kExportItem, d.import_export);
+  AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+  add(ids::kRestoreDefaultsItem, d.restore_defaults);
+  RECT r;
+  GetWindowRect(more, &r);
+  const UINT chosen = TrackPopupMenu(menu, TPM_LEFTALIGN | TPM_TOPALIGN | TPM_LEFTBUTTON | TPM_RETURNCMD, r.left,
+                                     r.bottom - 2, 0, hwnd_, nullptr);
+  DestroyMenu(menu);
+  if (chosen && session_) OnCommand(static_cast<int>(chosen), 0, nullptr);
+}
+
+LRESULT CALLBACK EditorWindow::MoreButtonProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
+                                              DWORD_PTR self) {
+  if (message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK) {
+    auto* window = reinterpret_cast<EditorWindow*>(self);
+    SetFocus(hwnd);
+    SendMessageW(hwnd, BM_SETSTATE, TRUE, 0);  // looks pressed while its menu is open
+    if (window->session_) window->ShowMoreMenu();
+    if (IsWindow(hwnd)) SendMessageW(hwnd, BM_SETSTATE, FALSE, 0);
+    return 0;
+  }
+  if (message == WM_NCDESTROY) RemoveWindowSubclass(hwnd, &MoreButtonProc, 0);
+  return DefSubclassProc(hwnd, message, wparam, lparam);
 }
 
 void EditorWindow::ApplySelection() {
@@ -612,9 +680,20 @@ void EditorWindow::OnCommand(int id, int code, HWND control) {
     session_->Selection().SetCategoryNumber(static_cast<int>(SendMessageW(control, CB_GETCURSEL, 0, 0)));
     return ApplySelection();
   }
+  if (id == ids::kSchemeCombo) {
+    if (code == CBN_SELCHANGE)
+      session_->cmbColorSchemes_Click(static_cast<int>(SendMessageW(control, CB_GETCURSEL, 0, 0)));
+    return;
+  }
   switch (id) {
     case ids::kOk: return session_->cmdOK_Click();
     case ids::kCancel: return session_->cmdCancel_Click();  // also Esc
+    case ids::kSaveAsButton: return session_->cmdSave_Click();
+    case ids::kDeleteButton: return session_->cmdDelete_Click();
+    case ids::kMoreButton: return ShowMoreMenu();  // the keyboard's click; the mouse opens it on the press
+    case ids::kImportItem: return session_->miImport_Click();
+    case ids::kExportItem: return session_->miExport_Click();
+    case ids::kRestoreDefaultsItem: return session_->miRestoreDefaults_Click();
     default: return;
   }
 }

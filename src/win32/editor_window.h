@@ -45,6 +45,13 @@ class EditorWindow final : public EditorView {
   void Destroy();
   void Close() override;
   void RowChanged(int row) override;
+  void SchemesChanged() override;
+  void StateChanged() override;
+  std::string AskSchemeName(const SaveSchemeRequest& request) override;
+  std::string AskFile(FileDialogKind kind, const std::string& title, const std::string& filter,
+                      const std::string& default_ext, std::string& initial_folder) override;
+  std::int32_t WindowHandle() const override;
+  std::int32_t ButtonFaceColor() const override;
 
   HWND hwnd() const { return hwnd_; }
 
@@ -61,6 +68,9 @@ class EditorWindow final : public EditorView {
   void ApplyTopMost();
   static LRESULT CALLBACK WindowProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
   static LRESULT CALLBACK PanelProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
+  static LRESULT CALLBACK MoreButtonProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR id,
+                                         DWORD_PTR self);
+  void ShowMoreMenu();
   LRESULT Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
 
   void CreateControls();

@@ -13,6 +13,7 @@
 #include "common/win_test_support.h"
 #endif
 #include "locking/lock_file_creator.h"
+#include "support/utils.h"
 
 namespace tq {
 namespace {
@@ -38,6 +39,26 @@ struct ScriptedEditor : EditorView {
   std::vector<Seen> shown;
   std::function<void(frmTqColorSetting&)> act;
   int closed = 0;
+  // Save As: the names typed one after the other into the dialog, which stays open
+  // while its OK refuses them; when they run out, Cancel.
+  std::vector<std::string> typed;
+  SaveSchemeRequest asked;
+  // The file dialogs: the chosen file ("" cancels), and where they were to start.
+  std::string file;
+  std::string dialog_folder;
+  std::string AskSchemeName(const SaveSchemeRequest& request) override {
+    asked = request;
+    std::vector<std::string> names;
+    names.swap(typed);
+    for (const std::string& name : names)
+      if (auto accepted = request.accept(name)) return *accepted;
+    return {};
+  }
+  std::string AskFile(FileDialogKind, const std::string&, const std::string&, const std::string&,
+                      std::string& initial_folder) override {
+    dialog_folder = initial_folder;
+    return file;
+  }
   void Load(frmTqColorSetting&) override {}
   void Unload() override {}
   void Close() override { ++closed; }
@@ -281,6 +302,139 @@ TEST_F(Session, PicksOkAndCancelFollowTheRulesAndAFailedSaveKeepsTheEditorOpen) 
   EXPECT_EQ(s.GetRowColor(kRow), kSystemButtonFace);
   s.ShowColorRow(kRow, 0x123456, 35, 7);  // an unknown state changes nothing
   EXPECT_EQ(s.GetRowColor(kRow), kSystemButtonFace);
+}
+
+// ---- Schemes and the editor's commands ----
+
+// The prompts shown since `from`, each as "text|buttons+style".
+std::vector<std::string> PromptsFrom(const Machine& p, std::size_t from) {
+  std::vector<std::string> seen;
+  for (std::size_t i = from; i < p.prompts.size(); ++i)
+    seen.push_back(p.prompts[i].text + "|" + std::to_string(p.prompts[i].buttons + p.prompts[i].style));
+  return seen;
+}
+
+TEST_F(Session, ChoosingASchemeAsksForUnsavedColoursMovesTheLockAndHonoursAHolderElsewhere) {
+  ControlInstanceState c;
+  frmTqColorSetting& s = Initialize(c);
+  const std::string colors = s.ClutFileName(), night = Scheme("night.clut"), held = Scheme("other.clut");
+  for (const std::string& copy : {night, held}) ASSERT_TRUE(p.CopyFileTo(colors, copy, false));
+  std::string colors_before, night_before, bytes;
+  ASSERT_TRUE(p.ReadFile(colors, colors_before));
+  night_before = colors_before;
+#ifdef _WIN32
+  test::HelperProcess other("hold-lock", {held, "Other", "op2", "60000"});
+  ASSERT_TRUE(other.ready());
+#else
+  clsLockFileCreator other(p);
+  std::string app = "Other", user = "op2";
+  ASSERT_EQ(other.CreateLockFile(held, app, user, LockMode::Open, true), LockResult::Locked);
+#endif
+  constexpr int kNight = 0, kOther = 1, kColors = 2;  // listed by name
+  editor.act = [&](frmTqColorSetting& f) {
+    EXPECT_EQ(f.SchemeListIndex(), kColors);
+    const std::size_t asked = p.prompts.size();
+    f.cmbColorSchemes_Click(kColors);  // the selected one again: nothing happens
+    f.ColorPicked(6, 0x0000FF);
+    p.answers = {kIdNo};
+    f.cmbColorSchemes_Click(kNight);
+    EXPECT_EQ(PromptsFrom(p, asked), std::vector<std::string>{
+        "Colors for QLT830_colors.clut have been changed. Do you want to save changes?|52"});
+    EXPECT_EQ(f.ClutFileName(), night);
+    EXPECT_TRUE(p.FileExists(night + ".lock") && !p.FileExists(colors + ".lock"));
+    EXPECT_TRUE(f.ColorThemeChanged && !f.ColorsChanged);
+    EXPECT_EQ(p.host_calls.back(), (std::pair<int, std::string>{kHostFileNotice, night}));
+    EXPECT_EQ(f.GetRowColor(6), ParseClutLine(SplitClutLines(night_before).lines[35]));  // reloaded
+
+    f.ColorPicked(6, 0x00FF00);
+    p.answers = {kIdYes, kIdNo};  // save night; then refuse read-only for the held one
+    f.cmbColorSchemes_Click(kOther);
+    EXPECT_EQ(f.ClutFileName(), night);  // stays, selected again, and holds its file again
+    EXPECT_EQ(f.SchemeListIndex(), kNight);
+    EXPECT_TRUE(f.LockFileCreated && f.EnableChanges() && !f.ClutError());
+    p.answers = {kIdYes};  // read-only this time
+    f.cmbColorSchemes_Click(kOther);
+    EXPECT_EQ(f.ClutFileName(), held);
+    EXPECT_FALSE(f.EnableChanges() || f.LockFileCreated || p.FileExists(night + ".lock"));
+    EXPECT_EQ(f.Caption(), "Color Setting Tool (Read-Only)");
+    EXPECT_TRUE(f.Enablement().ok && f.Enablement().scheme_list && !f.Enablement().colour_buttons);
+    f.cmbColorSchemes_Click(kColors);  // a free file is editable again
+    EXPECT_TRUE(f.EnableChanges() && f.LockFileCreated);
+    f.cmdOK_Click();
+  };
+  EXPECT_TRUE(Show(c));  // only switched: true, and nothing written for it
+  ASSERT_TRUE(p.ReadFile(colors, bytes));
+  EXPECT_EQ(bytes, colors_before);
+  ASSERT_TRUE(p.ReadFile(night, bytes));
+  EXPECT_EQ(ParseClutLine(SplitClutLines(bytes).lines[35]), 0x00FF00);
+}
+
+TEST_F(Session, SaveAsCopiesRenamesOverwritesOnlyWhenAskedAndRefusesNamesOutsideTheFolder) {
+  ControlInstanceState c;
+  frmTqColorSetting& s = Initialize(c);
+  const std::string colors = s.ClutFileName(), folder = app / "ColorSchemes\\";
+  std::string colors_before, bytes;
+  ASSERT_TRUE(p.ReadFile(colors, colors_before));
+  auto line35 = [&](const std::string& file) {
+    std::string text;
+    return p.ReadFile(file, text) ? ParseClutLine(SplitClutLines(text).lines[35]) : -9;
+  };
+  editor.act = [&](frmTqColorSetting& f) {
+    f.ColorPicked(6, 0x0000FF);
+    editor.typed = {"Night"};
+    f.cmdSave_Click();
+    EXPECT_EQ(editor.asked.proposed_name, "QLT830_colors.clut");
+    EXPECT_EQ(editor.asked.authorization_level, 2);
+    EXPECT_EQ(f.ClutFileName(), p.AbsolutePath(folder + "Night.clut"));
+    EXPECT_EQ(line35(folder + "Night.clut"), 0x0000FF);
+    EXPECT_EQ(ColorSchemes().size(), 2u);
+    EXPECT_EQ(f.SchemeListIndex(), 0);
+    EXPECT_TRUE(f.ColorsSaved && !f.ColorsChanged);
+    EXPECT_EQ(p.host_calls.back(), (std::pair<int, std::string>{kHostFileNotice, "Night.clut"}));
+
+    editor.typed = {"Night.2"};  // a name with a dot is kept: a file the list does not hold
+    f.cmdSave_Click();
+    EXPECT_EQ(f.ClutFileName(), p.AbsolutePath(folder + "Night.2"));
+    EXPECT_EQ(f.SchemeListIndex(), -1);
+    f.cmbColorSchemes_Click(0);  // back to Night.clut: any choice switches
+    EXPECT_EQ(f.ClutFileName(), p.AbsolutePath(folder + "Night.clut"));
+
+    f.ColorPicked(6, 0x00FF00);  // the current name: asked, then only rewritten
+    editor.typed = {"Night.clut"};
+    p.answers = {kIdYes};
+    const std::size_t asked = p.prompts.size();
+    f.cmdSave_Click();
+    EXPECT_EQ(line35(folder + "Night.clut"), 0x00FF00);
+    EXPECT_EQ(PromptsFrom(p, asked),
+              std::vector<std::string>{"Night.clut already exists. Do you want to overwrite the existing one?|52"});
+
+    // An existing name answered No, then every kind of hostile name: the dialog
+    // stays open through all of them, and Cancel ends it.
+    editor.typed = {"QLT830_colors", "..\\evil", "sub\\evil", "a/evil", "C:evil", "\\\\server\\share\\evil", "CON",
+                    "nul.clut", "com1", "LPT9.txt", "a<b", "a|b", "what?", "tab\tname", "dot.", " blank", ".clut"};
+    p.answers = {kIdNo};
+    p.allow_unscripted = true;
+    const std::size_t refused = p.prompts.size();
+    f.cmdSave_Click();
+    p.allow_unscripted = false;
+    const auto seen = PromptsFrom(p, refused);
+    ASSERT_EQ(seen.size(), 17u);
+    EXPECT_EQ(seen[0], "QLT830_colors.clut already exists. Do you want to overwrite the existing one?|52");
+    EXPECT_EQ(seen[1], "\"..\\evil\" cannot be used as a color scheme name. Enter a file name without a folder, a "
+                       "drive or \"..\", without the characters \\ / : * ? \" < > |, not ending in a dot or a blank, "
+                       "and not a device name such as CON or NUL.|48");
+    for (std::size_t i = 2; i < seen.size(); ++i)
+      EXPECT_NE(seen[i].find("\" cannot be used as a color scheme name."), std::string::npos) << seen[i];
+    f.cmdCancel_Click();
+  };
+  EXPECT_FALSE(Show(c));
+  ASSERT_TRUE(p.ReadFile(colors, bytes));
+  EXPECT_EQ(bytes, colors_before);  // Save As never writes into the file it came from
+  // Nothing was written beside the scheme folder or in it but the two saved schemes.
+  std::vector<std::string> names = p.ListFileNames(folder), outside = p.ListFileNames(app.path());
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (std::vector<std::string>{"Night.2", "Night.clut", "QLT830_colors$clut", "QLT830_colors.clut"}));
+  EXPECT_TRUE(outside.empty() || outside == std::vector<std::string>{"FrameWindow.ini"});
 }
 
 }  // namespace

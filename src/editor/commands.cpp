@@ -1,0 +1,304 @@
+// The editor's commands beyond OK and Cancel: the colour scheme list, Save As and
+// Delete, the More menu's Import, Export and Restore Defaults, and the file dialogs
+// they ask for a name with.
+#include <algorithm>
+#include <cctype>
+
+#include "colortable/clut_locations.h"
+#include "editor/session.h"
+#include "support/custom_file_dlg.h"
+#include "support/localization.h"
+#include "support/utils.h"
+
+namespace tq {
+
+namespace {
+
+constexpr int kImportDialogMode = 3, kExportDialogMode = 4;
+
+// The device names Windows keeps in every folder, also with an extension ("NUL.clut").
+bool IsDeviceName(const std::string& name) {
+  std::string stem = UpperAscii(name.substr(0, name.find('.')));
+  while (!stem.empty() && stem.back() == ' ') stem.pop_back();
+  static const char* const devices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
+  for (const char* device : devices)
+    if (stem == device) return true;
+  return stem.size() == 4 && (stem.starts_with("COM") || stem.starts_with("LPT")) && stem[3] >= '1' && stem[3] <= '9';
+}
+
+}  // namespace
+
+bool IsRefusedSchemeName(const std::string& name) {
+  if (name.empty() || name == "." || name.find("..") != std::string::npos) return true;
+  // A trailing dot or blank is dropped by Windows: the file would get another name.
+  if (name.back() == '.' || name.back() == ' ' || name.front() == ' ') return true;
+  if (name.front() == '.') return true;  // no name before the extension
+  for (unsigned char c : name)
+    if (c < 32 || std::string_view("\\/:*?\"<>|").find(static_cast<char>(c)) != std::string_view::npos) return true;
+  return IsDeviceName(name);
+}
+
+std::string LogicalColorValue(int index, std::int32_t colour, const std::string& name, const std::string& tab,
+                              const std::string& category) {
+  std::string value = "  " + FormatClutComponent(RedOf(colour)) + FormatClutComponent(GreenOf(colour)) +
+                      FormatClutComponent(BlueOf(colour)) + "# " + std::to_string(index) + ": ";
+  if (index < kClutStandardCount) return value + name;
+  return value + tab + (category.empty() ? "," : " (" + category + "),") + name;
+}
+
+// ---- Helpers ----
+
+int frmTqColorSetting::Ask(const std::string& prompt, int buttons, int style) {
+  return platform_->ShowMessage(prompt, buttons, style, Text(1301));
+}
+
+bool frmTqColorSetting::IsIndexShown(int index) const {
+  const int row = table_.ColorRowMap[index];
+  // A row shows the first index that points at it.
+  return row >= 0 && FindColorRow(table_.ColorRowMap, row) == index;
+}
+
+// ---- The scheme list ----
+
+void frmTqColorSetting::SelectSchemeSilently(int index) {
+  filling_ = true;
+  if (!ColorSchemes().empty()) cmbColorSchemes_Click(index);  // only remembered, since filling
+  if (view_ && loaded_) view_->SchemesChanged();
+  filling_ = false;
+}
+
+void frmTqColorSetting::cmbColorSchemes_Click(int index) {
+  scheme_list_index_ = index;
+  if (index == last_scheme_index_) return;
+  if (!filling_) {
+    if (ColorsChanged) {
+      const std::string prompt = Text(1318) + FileNameOf(ClutFileName()) + " " + Text(1319);
+      if (Ask(prompt, kMbYesNo, kMbIconExclamation) == kIdYes) {
+        if (!SaveColorTable(*platform_, table_)) {
+          // The user has been told; the colours stay on the screen, unsaved, and with
+          // them the scheme they belong to.
+          table_.ClutError = false;
+          SelectSchemeSilently(last_scheme_index_);
+          return;
+        }
+        ColorsSaved = true;
+        ColorsChanged = false;  // also when the switch is then refused
+      }
+    }
+    ApplyScheme(index, true);
+  }
+  last_scheme_index_ = scheme_list_index_;
+}
+
+void frmTqColorSetting::ApplyScheme(int index, bool reload) {
+  const std::string path = GetColorSchemeAt(index);
+  if (path.empty()) {
+    ColorsChanged = false;
+    return;
+  }
+  ApplySchemeFile(path, reload);
+}
+
+void frmTqColorSetting::ApplySchemeFile(const std::string& path, bool reload) {
+  table_.ClutError = false;
+  const std::string old = ClutFileName();
+  ClutFileName(path);
+  // Editable again unless the host opened the editor read-only: a read-only choice
+  // made for the previous file does not carry over.
+  EnableChanges(host_enable_changes_);
+  LockFileCheck(true);
+  if (table_.ClutError) {
+    // Refused: the editor stays on its file, and holds it again, since the refused
+    // attempt closed the lock it had.
+    ClutFileName(old);
+    table_.ClutError = false;
+    EnableChanges(host_enable_changes_);
+    LockFileCheck(true);
+    table_.ClutError = false;
+    int position = -1;
+    SelectSchemeSilently(FindColorScheme(*platform_, old, position) ? position : -1);
+    MakeEnableChanges(false);
+    if (view_ && loaded_) view_->StateChanged();
+    return;
+  }
+  if (!LockFileCreated) LockFileCheck(false);
+  MakeEnableChanges(false);
+  if (view_ && loaded_) view_->StateChanged();
+  if (reload) {
+    LoadColorTable(*platform_, table_, true, LoadReport::ToUser);
+    table_.ClutError = false;  // reported; the rows say "Unreadable" where it matters
+    if (view_ && loaded_) view_->RowChanged(-1);
+  }
+  ColorThemeChanged = true;
+  platform_->HostCall(kHostFileNotice, ClutFileName());
+  ColorsChanged = false;
+}
+
+// ---- Save As ----
+
+std::optional<std::string> frmTqColorSetting::AcceptSchemeName(const std::string& typed,
+                                                                const std::vector<std::string>& paths) {
+  std::string name = typed;
+  if (name.find('.') == std::string::npos) name += ".clut";
+  if (IsRefusedSchemeName(name)) {
+    Ask("\"" + typed + "\" " + GetString(1452), kMbOk, kMbIconExclamation);
+    return std::nullopt;
+  }
+  for (const std::string& path : paths) {
+    if (FileNameOf(path) != name) continue;
+    if (Ask(name + GetString(1451), kMbYesNo, kMbIconExclamation) != kIdYes) return std::nullopt;
+    break;
+  }
+  return name;
+}
+
+void frmTqColorSetting::cmdSave_Click() {
+  if (!enablement_.save) return;  // the window disables what may not run; so does the session
+  if (!CanAddColorScheme()) {
+    Ask(Text(1320), kMbOk, kMbIconExclamation);
+    return;
+  }
+  SaveSchemeRequest request{FileNameOf(ClutFileName()), scheme_list_index_, AuthorizationLevelTools, ColorSchemes(),
+                            nullptr};
+  request.accept = [this, &request](const std::string& typed) { return AcceptSchemeName(typed, request.scheme_paths); };
+  const std::string name = view_ ? view_->AskSchemeName(request) : std::string();
+  if (name.empty()) return;
+  const std::string folder = GetColorSchemeFolder();
+  const std::string path = platform_->AbsolutePath(folder + name);
+  if (!EqualsIgnoreCase(*platform_, path, ClutFileName())) {
+    // The folder may have gone since the list was made; the host creates our folders.
+    if (!platform_->FolderExists(folder) && !CreateFolderViaHost(*platform_, folder)) return;
+    if (!platform_->FileExists(path) && !platform_->CopyFileTo(ClutFileName(), path, false)) return;
+    LoadColorSchemeList(*platform_);
+    int position = -1;
+    const bool listed = FindColorScheme(*platform_, path, position);
+    // A name the list does not show (not a ".clut" file) is still the file edited now.
+    SelectSchemeSilently(listed ? position : -1);
+    ApplySchemeFile(path, false);
+    // Refused, or taken read-only: the current colours are not written anywhere.
+    if (!EqualsIgnoreCase(*platform_, ClutFileName(), path) || !EnableChanges()) return;
+  }
+  if (!SaveColorTable(*platform_, table_)) {
+    table_.ClutError = false;  // the user has been told; the colours stay unsaved
+    return;
+  }
+  ColorsSaved = true;
+  ColorsChanged = false;
+  platform_->HostCall(kHostFileNotice, name);
+}
+
+// ---- Delete ----
+
+void frmTqColorSetting::cmdDelete_Click() {
+  if (!enablement_.delete_scheme) return;
+  const std::vector<std::string> schemes = ColorSchemes();
+  const int index = scheme_list_index_;
+  if (index < 0 || index >= static_cast<int>(schemes.size())) return;
+  const std::string path = schemes[index];
+  const std::string name = FileNameOf(path);
+  if (Ask(Text(1321) + name + Text(1322), kMbYesNo, kMbIconExclamation) != kIdYes) return;
+  const int count = static_cast<int>(schemes.size());
+  const int next = index == count - 1 ? std::max(index - 1, 0) : index;
+  if (platform_->FileExists(path)) {
+    platform_->HostCall(kHostRemoveFile, path);
+    // A host that only takes note leaves the file: the user asked for it to go.
+    if (platform_->FileExists(path)) platform_->RemoveFile(path);
+  }
+  LoadColorSchemeList(*platform_);
+  SelectSchemeSilently(next);
+  ApplyScheme(next, true);
+}
+
+// ---- Restore Defaults ----
+
+void frmTqColorSetting::miRestoreDefaults_Click() {
+  if (!enablement_.restore_defaults) return;
+  if (Ask(Text(1317), kMbYesNo, kMbIconExclamation) != kIdYes) return;
+  if (platform_->RegReadString(kDVHomeKey, "DVHOME").empty()) {
+    Ask(Text(1315), kMbOk, kMbIconCritical);
+    return;
+  }
+  const std::string remembered = ClutFileName();
+  std::string reference = platform_->UpperCase(remembered);
+  for (std::size_t at = 0; (at = reference.find(".CLUT", at)) != std::string::npos; ++at) reference[at] = '$';
+  table_.ClutFileName = reference;
+  if (!LoadColorTable(*platform_, table_, true, LoadReport::ToUser)) {
+    // Not one line could be read: every row says so.
+    for (int index = 0; index < kClutIndexCount; ++index)
+      if (table_.ColorRowMap[index] != -1) table_.rows[index].kind = RowColour::Kind::Unreadable;
+  }
+  table_.ClutFileName = remembered;
+  if (table_.ClutError)
+    table_.ClutError = false;  // reported; OK must still close
+  else
+    ColorsChanged = true;
+  if (view_ && loaded_) view_->RowChanged(-1);
+}
+
+// ---- Logical colours: export and import ----
+
+std::string frmTqColorSetting::ChooseLogicalColorsFile(FileDialogKind kind) {
+  const bool import = kind == FileDialogKind::Open;
+  const std::string filter = Text(1331) + " (*.ini)|*.ini|" + Text(1332) + " (*.*)|*.*|";
+  const std::string title = Text(import ? 1329 : 1330);
+  const std::string root = InstallationRoot(platform_->RegReadString(kDVHomeKey, "DVHOME"));
+  file_dialog_folder_ = root.empty() ? "C:\\" : root + "tq_lib\\defaults\\ColorSettingTool";
+  if (UseCustomFileDlg && CustomFileDlg) {
+    HostValue file;
+    bool cancel = false;
+    CustomFileDlg->RaiseBrowse(view_ ? view_->WindowHandle() : 0, import ? kImportDialogMode : kExportDialogMode,
+                               title, filter, file_dialog_folder_, file, cancel);
+    return !cancel && file.kind == HostValue::Kind::Text ? file.text : std::string();
+  }
+  return view_ ? view_->AskFile(kind, title, filter, "ini", file_dialog_folder_) : std::string();
+}
+
+void frmTqColorSetting::miExport_Click() {
+  if (!enablement_.import_export) return;
+  const std::string file = ChooseLogicalColorsFile(FileDialogKind::Save);
+  if (file.empty()) return;
+  const std::vector<int>& strip = selection_.Strip();
+  bool wrote = false;
+  for (int index = 0; index < kClutIndexCount; ++index) {
+    if (!IsIndexShown(index)) continue;
+    const RowColour& shown = table_.rows[index];
+    if (shown.kind == RowColour::Kind::Unreadable) continue;
+    const int row = table_.ColorRowMap[index];
+    const std::int32_t colour =
+        shown.kind == RowColour::Kind::Colour ? shown.colour : (view_ ? view_->ButtonFaceColor() : 0xC0C0C0);
+    const std::string value = LogicalColorValue(index, colour, RowName(row, voltage_names_),
+                                                GetTabCaptionOfRow(strip, row), GetCategoryNameOfRow(row));
+    platform_->IniWrite(kLogicalColorsSection, "Index_" + std::to_string(index), value, file);
+    wrote = true;
+  }
+  if (wrote) platform_->HostCall(kHostFileNotice, file);
+}
+
+void frmTqColorSetting::miImport_Click() {
+  if (!enablement_.import_export) return;
+  const std::string file = ChooseLogicalColorsFile(FileDialogKind::Open);
+  if (file.empty()) return;
+  IniFileName(file);
+  ImportIniFile();
+}
+
+void frmTqColorSetting::ImportIniFile() {
+  if (ini_file_name_.empty() || !platform_->FileExists(ini_file_name_)) return;
+  for (int index = 0; index < kClutIndexCount; ++index) {
+    if (!IsIndexShown(index)) continue;
+    const std::string value = platform_->IniRead(kLogicalColorsSection, "Index_" + std::to_string(index), ini_file_name_);
+    if (value.empty()) continue;
+    const int row = table_.ColorRowMap[index];
+    const std::int32_t colour = ParseClutLine(value);
+    if (colour == kClutUnreadable) {
+      ShowColorRow(row, 0, index, kRowUnreadable);
+    } else if (colour == kClutNotDefined) {
+      ShowColorRow(row, 0, index, kRowNotDefined);
+    } else {
+      ShowColorRow(row, colour, index, kRowColour);
+      ColorsChanged = true;
+    }
+  }
+}
+
+}  // namespace tq

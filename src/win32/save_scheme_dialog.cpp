@@ -1,0 +1,238 @@
+#include "win32/save_scheme_dialog.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <exception>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/localization.h"
+#include "win32/editor_ids.h"
+#include "win32/text.h"
+
+namespace tq::win {
+
+namespace ids = editor_ids;
+
+namespace {
+
+// String ids of the dialog's captions.
+constexpr int kTitleString = 1401;
+constexpr int kLabelString = 1402;
+constexpr int kOkString = 1403;
+constexpr int kCancelString = 1404;
+
+// From a level of 2 the user may save schemes; below it the dialog only shows the name.
+constexpr int kSaveLevel = 2;
+
+// Predefined control classes as template ordinals.
+constexpr WORD kButtonAtom = 0x0080;
+constexpr WORD kEditAtom = 0x0081;
+constexpr WORD kStaticAtom = 0x0082;
+
+// Builds the in-memory DLGTEMPLATE: a header, then DWORD-aligned item records. The
+// vector's storage is at least DWORD aligned, so offsets from its start are what count.
+class TemplateBuilder {
+ public:
+  TemplateBuilder(DWORD style, short cx, short cy, std::wstring_view font, WORD point_size) {
+    AddDword(style);
+    AddDword(0);         // extended style
+    count_at_ = words_.size();
+    words_.push_back(0);  // item count, filled in by Add
+    AddCoordinates(0, 0, cx, cy);
+    words_.push_back(0);  // no menu
+    words_.push_back(0);  // the dialog class
+    words_.push_back(0);  // title: set from the string table when the dialog starts
+    words_.push_back(point_size);
+    AddText(font);
+  }
+
+  void Add(WORD atom, int id, DWORD style, short x, short y, short cx, short cy) {
+    Align();
+    AddDword(style | WS_CHILD | WS_VISIBLE);
+    AddDword(0);  // extended style
+    AddCoordinates(x, y, cx, cy);
+    words_.push_back(static_cast<WORD>(id));
+    words_.push_back(0xFFFF);
+    words_.push_back(atom);
+    words_.push_back(0);  // caption: set from the string table too
+    words_.push_back(0);  // no creation data
+    ++words_[count_at_];
+  }
+
+  const DLGTEMPLATE* Template() const { return reinterpret_cast<const DLGTEMPLATE*>(words_.data()); }
+
+ private:
+  void AddDword(DWORD value) {
+    words_.push_back(LOWORD(value));
+    words_.push_back(HIWORD(value));
+  }
+  void AddCoordinates(short x, short y, short cx, short cy) {
+    for (short v : {x, y, cx, cy}) words_.push_back(static_cast<WORD>(v));
+  }
+  void AddText(std::wstring_view text) {
+    for (wchar_t c : text) words_.push_back(static_cast<WORD>(c));
+    words_.push_back(0);
+  }
+  void Align() {
+    if (words_.size() % 2) words_.push_back(0);
+  }
+
+  std::vector<WORD> words_;
+  size_t count_at_ = 0;
+};
+
+// What the dialog procedure works with, reached through DWLP_USER.
+struct DialogState {
+  const SaveSchemeRequest* request;
+  std::string result;
+  std::exception_ptr failure;  // carried out of the dialog, never thrown through Windows
+};
+
+void SetCaption(HWND window, int string_id) { SetWindowTextW(window, Widen(GetString(string_id)).c_str()); }
+
+std::string ItemText(HWND dialog, int id) {
+  HWND item = GetDlgItem(dialog, id);
+  const int length = GetWindowTextLengthW(item);
+  if (length <= 0) return {};
+  std::wstring text(static_cast<size_t>(length) + 1, L'\0');
+  const int copied = GetWindowTextW(item, text.data(), length + 1);
+  text.resize(static_cast<size_t>(std::max(copied, 0)));
+  return Narrow(text);
+}
+
+// Over the editor's rectangle, kept inside the work area of the editor's monitor.
+void CentreOver(HWND dialog, HWND editor) {
+  HMONITOR monitor = MonitorFromWindow(editor ? editor : dialog, MONITOR_DEFAULTTONEAREST);
+  MONITORINFO info{};
+  info.cbSize = sizeof info;
+  RECT area{};
+  if (monitor && GetMonitorInfoW(monitor, &info))
+    area = info.rcWork;
+  else
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
+
+  RECT over = area;
+  if (editor && IsWindow(editor) && !IsIconic(editor)) GetWindowRect(editor, &over);
+  RECT window{};
+  GetWindowRect(dialog, &window);
+  const LONG width = window.right - window.left, height = window.bottom - window.top;
+  LONG x = over.left + (over.right - over.left - width) / 2;
+  LONG y = over.top + (over.bottom - over.top - height) / 2;
+  // Right and bottom first, so that a dialog larger than the area keeps its caption visible.
+  x = std::max(std::min(x, area.right - width), area.left);
+  y = std::max(std::min(y, area.bottom - height), area.top);
+  SetWindowPos(dialog, nullptr, x, y, 0, 0, SWP_NOZORDER | SWP_NOSIZE | SWP_NOACTIVATE);
+}
+
+void OnInit(HWND dialog, DialogState& state) {
+  const SaveSchemeRequest& request = *state.request;
+  SetCaption(dialog, kTitleString);
+  SetCaption(GetDlgItem(dialog, ids::kSchemeNameLabel), kLabelString);
+  SetCaption(GetDlgItem(dialog, IDOK), kOkString);
+  SetCaption(GetDlgItem(dialog, IDCANCEL), kCancelString);
+
+  HWND edit = GetDlgItem(dialog, ids::kSchemeNameEdit);
+  SetWindowTextW(edit, Widen(request.proposed_name).c_str());
+  const bool may_save = request.authorization_level >= kSaveLevel;
+  EnableWindow(edit, may_save);
+  EnableWindow(GetDlgItem(dialog, IDOK), may_save);
+
+  CentreOver(dialog, GetWindow(dialog, GW_OWNER));
+
+  // WM_NEXTDLGCTL rather than a bare SetFocus, so that the dialog manager also moves the
+  // default-button highlight: with OK disabled, Enter on Cancel must mean Cancel.
+  HWND first = may_save ? edit : GetDlgItem(dialog, IDCANCEL);
+  SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(first), TRUE);
+  if (may_save) SendMessageW(edit, EM_SETSEL, 0, -1);
+}
+
+void OnOk(HWND dialog, DialogState& state) {
+  // Enter can still reach here with OK disabled.
+  if (!IsWindowEnabled(GetDlgItem(dialog, IDOK))) return;
+  const std::string typed = ItemText(dialog, ids::kSchemeNameEdit);
+  if (!state.request->accept) {
+    state.result = typed;
+    EndDialog(dialog, IDOK);
+    return;
+  }
+  // accept tells the user itself why a name is refused; the dialog just stays.
+  std::optional<std::string> accepted = state.request->accept(typed);
+  if (!accepted) return;
+  state.result = std::move(*accepted);
+  EndDialog(dialog, IDOK);
+}
+
+INT_PTR CALLBACK SaveSchemeProc(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_INITDIALOG) {
+    SetWindowLongPtrW(dialog, DWLP_USER, lparam);
+    auto& state = *reinterpret_cast<DialogState*>(lparam);
+    try {
+      OnInit(dialog, state);
+    } catch (...) {
+      state.failure = std::current_exception();
+      EndDialog(dialog, IDCANCEL);
+    }
+    return FALSE;  // the focus is set
+  }
+  auto* state = reinterpret_cast<DialogState*>(GetWindowLongPtrW(dialog, DWLP_USER));
+  if (!state || message != WM_COMMAND) return FALSE;
+  switch (LOWORD(wparam)) {
+    case IDOK:
+      try {
+        OnOk(dialog, *state);
+      } catch (...) {
+        state->failure = std::current_exception();
+        state->result.clear();
+        EndDialog(dialog, IDCANCEL);
+      }
+      return TRUE;
+    case IDCANCEL:  // also Esc and the close box
+      state->result.clear();
+      EndDialog(dialog, IDCANCEL);
+      return TRUE;
+    default:
+      return FALSE;
+  }
+}
+
+HINSTANCE ThisModule() {
+  HMODULE module = nullptr;
+  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                     reinterpret_cast<LPCWSTR>(&ThisModule), &module);
+  return module;
+}
+
+}  // namespace
+
+std::string AskSchemeName(HWND editor, const SaveSchemeRequest& request) {
+  // About 240 x 70 dialog units: the label above the text box, OK and Cancel
+  // right-aligned underneath.
+  constexpr short kWidth = 240, kHeight = 70, kMargin = 7;
+  constexpr short kButtonWidth = 50, kButtonHeight = 14, kButtonGap = 4;
+  constexpr short kFieldWidth = kWidth - 2 * kMargin;
+  constexpr short kButtonsTop = kHeight - kMargin - kButtonHeight;
+  constexpr short kCancelLeft = kWidth - kMargin - kButtonWidth;
+  constexpr short kOkLeft = kCancelLeft - kButtonGap - kButtonWidth;
+
+  TemplateBuilder dialog(DS_MODALFRAME | DS_SETFONT | WS_POPUP | WS_CAPTION | WS_SYSMENU, kWidth, kHeight,
+                         L"MS Shell Dlg", 8);
+  dialog.Add(kStaticAtom, ids::kSchemeNameLabel, SS_LEFT | SS_NOPREFIX, kMargin, kMargin, kFieldWidth, 8);
+  dialog.Add(kEditAtom, ids::kSchemeNameEdit, ES_LEFT | ES_AUTOHSCROLL | WS_BORDER | WS_TABSTOP, kMargin, 18,
+             kFieldWidth, 14);
+  dialog.Add(kButtonAtom, IDOK, BS_DEFPUSHBUTTON | WS_TABSTOP, kOkLeft, kButtonsTop, kButtonWidth, kButtonHeight);
+  dialog.Add(kButtonAtom, IDCANCEL, BS_PUSHBUTTON | WS_TABSTOP, kCancelLeft, kButtonsTop, kButtonWidth,
+             kButtonHeight);
+
+  DialogState state{&request, {}, {}};
+  const INT_PTR ended = DialogBoxIndirectParamW(ThisModule(), dialog.Template(), editor, &SaveSchemeProc,
+                                                reinterpret_cast<LPARAM>(&state));
+  if (state.failure) std::rethrow_exception(state.failure);
+  if (ended != IDOK) return {};
+  return state.result;
+}
+
+}  // namespace tq::win
