@@ -13,6 +13,7 @@
 #include "common/win_test_support.h"
 #endif
 #include "locking/lock_file_creator.h"
+#include "support/custom_file_dlg.h"
 #include "support/utils.h"
 
 namespace tq {
@@ -435,6 +436,242 @@ TEST_F(Session, SaveAsCopiesRenamesOverwritesOnlyWhenAskedAndRefusesNamesOutside
   std::sort(names.begin(), names.end());
   EXPECT_EQ(names, (std::vector<std::string>{"Night.2", "Night.clut", "QLT830_colors$clut", "QLT830_colors.clut"}));
   EXPECT_TRUE(outside.empty() || outside == std::vector<std::string>{"FrameWindow.ini"});
+}
+
+TEST_F(Session, DeleteSelectsTheNeighbourRemovesTheFileItselfWhenTheHostDidNotAndSparesFactoryTables) {
+  ControlInstanceState c;
+  frmTqColorSetting& s = Initialize(c);
+  const std::string colors = s.ClutFileName();
+  for (const char* name : {"a.clut", "b.clut", "x.clut", "y.clut"})
+    ASSERT_TRUE(p.CopyFileTo(colors, Scheme(name), false));
+  // The host removes what it is asked to, except b: that one the editor must remove.
+  p.host = [&](int kind, const std::string& text) {
+    if (kind == kHostRemoveFile && FileNameOf(text) != "b.clut") p.RemoveFile(text);
+    return true;
+  };
+  struct Step {
+    int choose;  // list position chosen first
+    std::string deleted, then_edited;
+  } steps[] = {
+      {4, "y.clut", "x.clut"},  // the last: the one before it
+      {1, "b.clut", "QLT830_colors.clut"},  // a middle one: the one moving into its place
+      {0, "a.clut", "QLT830_colors.clut"},  // the first: the new first
+  };
+  editor.act = [&](frmTqColorSetting& f) {
+    for (const Step& step : steps) {
+      SCOPED_TRACE(step.deleted);
+      f.cmbColorSchemes_Click(step.choose);
+      p.answers = {kIdNo};
+      f.cmdDelete_Click();  // No: nothing happens
+      EXPECT_TRUE(p.FileExists(Scheme(step.deleted)));
+      p.answers = {kIdYes};
+      f.cmdDelete_Click();
+      EXPECT_EQ(p.prompts.back().text, "Are you sure you want to delete " + step.deleted + "?");
+      EXPECT_FALSE(p.FileExists(Scheme(step.deleted)));
+      EXPECT_EQ(p.host_calls.back(), (std::pair<int, std::string>{kHostFileNotice, f.ClutFileName()}));
+      EXPECT_EQ(FileNameOf(f.ClutFileName()), step.then_edited);
+      EXPECT_EQ(FileNameOf(GetColorSchemeAt(f.SchemeListIndex())), step.then_edited);
+    }
+    // The factory table (it has a restore copy) cannot be deleted.
+    ASSERT_EQ(f.ClutFileName(), colors);
+    EXPECT_FALSE(f.Enablement().delete_scheme);
+    const std::size_t asked = p.prompts.size();
+    f.cmdDelete_Click();
+    EXPECT_EQ(p.prompts.size(), asked);
+    EXPECT_TRUE(p.FileExists(colors) && p.FileExists(Scheme("QLT830_colors$clut")));
+    f.cmdCancel_Click();
+  };
+  EXPECT_FALSE(Show(c, "", nullptr));
+  std::vector<std::string> asked_to_remove;
+  for (const auto& [kind, text] : p.host_calls)
+    if (kind == kHostRemoveFile) asked_to_remove.push_back(FileNameOf(text));
+  EXPECT_EQ(asked_to_remove, (std::vector<std::string>{"y.clut", "b.clut", "a.clut"}));
+  EXPECT_EQ(ColorSchemes().size(), 2u);
+}
+
+TEST_F(Session, SaveAsStopsAtFiftySchemesAndTheListShowsNoMoreThanFifty) {
+  ControlInstanceState c;
+  frmTqColorSetting& s = Initialize(c);
+  for (int i = 1; i <= 48; ++i) ASSERT_TRUE(p.CopyFileTo(s.ClutFileName(), Scheme("s" + std::to_string(100 + i) + ".clut"), false));
+  const std::string fiftieth = Scheme("s200.clut"), fifty_first = Scheme("s201.clut");  // listed by name
+  int dialogs = 0;
+  editor.act = [&](frmTqColorSetting& f) {
+    EXPECT_EQ(ColorSchemes().size(), 49u);
+    editor.asked = {};
+    f.cmdSave_Click();  // 49: the dialog opens (and is cancelled)
+    dialogs += editor.asked.authorization_level == 2;
+    f.cmdCancel_Click();
+  };
+  EXPECT_FALSE(Show(c));
+  ASSERT_TRUE(p.CopyFileTo(s.ClutFileName(), fiftieth, false));
+  ASSERT_TRUE(p.CopyFileTo(s.ClutFileName(), fifty_first, false));
+  editor.act = [&](frmTqColorSetting& f) {
+    EXPECT_EQ(ColorSchemes().size(), 50u);  // s201 is not listed
+    EXPECT_EQ(FileNameOf(ColorSchemes().back()), "s200.clut");
+    editor.asked = {};
+    p.answers = {kIdOk};
+    f.cmdSave_Click();
+    dialogs += editor.asked.authorization_level == 2;
+    EXPECT_EQ(PromptsFrom(p, p.prompts.size() - 1),
+              std::vector<std::string>{"Maximum number of Color Schemes have been already defined.|48"});
+    f.cmdCancel_Click();
+  };
+  EXPECT_FALSE(Show(c));
+  EXPECT_EQ(dialogs, 1);
+}
+
+TEST_F(Session, RestoreDefaultsShowsTheReferenceColoursUnsavedAndSurvivesAMissingToolkitOrReference) {
+#ifndef _WIN32
+  GTEST_SKIP() << "the reference file is named in upper case, which only Windows finds";
+#endif
+  ControlInstanceState c;
+  frmTqColorSetting& s = Initialize(c);
+  const std::string colors = s.ClutFileName();
+  std::string reference_bytes, before, after;
+  ASSERT_TRUE(p.ReadFile(Scheme("QLT830_colors$clut"), reference_bytes));
+  const std::int32_t reference35 = ParseClutLine(SplitClutLines(reference_bytes).lines[35]);
+  ASSERT_TRUE(p.ReadFile(colors, before));
+  constexpr int kRow = 6;  // index 35
+  struct Case {
+    const char* what;
+    std::vector<int> answers;
+    bool toolkit, reference;
+    std::vector<std::string> prompts;
+    std::int32_t row;  // what the row shows after
+    bool changed;
+  } cases[] = {
+      {"Yes", {kIdYes}, true, true, {"Are you sure you want to replace current colors with default ones?|52"},
+       reference35, true},
+      {"No", {kIdNo}, true, true, {"Are you sure you want to replace current colors with default ones?|52"},
+       0x123456, false},
+      {"no DVHOME", {kIdYes, kIdOk}, false, true,
+       {"Are you sure you want to replace current colors with default ones?|52", "Registry value DVHOME not found|16"},
+       0x123456, false},
+      {"no reference file", {kIdYes, kIdOk}, true, false,
+       {"Are you sure you want to replace current colors with default ones?|52",
+        "Color table file not found: " + p.UpperCase(Scheme("QLT830_colors$clut")) + "|16"},
+       kSystemButtonFace, false},
+  };
+  for (const Case& test : cases) {
+    SCOPED_TRACE(test.what);
+    editor.act = [&](frmTqColorSetting& f) {
+      f.ShowColorRow(kRow, 0x123456, 35, kRowColour);  // shown, not a change of the user's
+      const std::string home = p.dvhome;
+      if (!test.toolkit) p.dvhome.clear();
+      if (!test.reference) ASSERT_TRUE(p.RemoveFile(Scheme("QLT830_colors$clut")));
+      p.answers.assign(test.answers.begin(), test.answers.end());
+      const std::size_t asked = p.prompts.size();
+      f.miRestoreDefaults_Click();
+      p.dvhome = home;
+      EXPECT_EQ(PromptsFrom(p, asked), test.prompts);
+      EXPECT_EQ(f.GetRowColor(kRow), test.row);
+      EXPECT_EQ(f.ColorsChanged, test.changed);
+      EXPECT_FALSE(f.ClutError());
+      EXPECT_EQ(f.ClutFileName(), colors);
+      f.cmdOK_Click();  // closes; writes only what changed
+      EXPECT_EQ(editor.closed, 1);
+    };
+    editor.closed = 0;
+    Show(c);
+  }
+  ASSERT_TRUE(p.ReadFile(colors, after));
+  EXPECT_EQ(ParseClutLine(SplitClutLines(after).lines[35]), reference35);
+}
+
+TEST_F(Session, LogicalColoursExportAsWrittenByHandAndImportAsUnsavedChangesThroughEitherFileDialog) {
+#ifndef _WIN32
+  GTEST_SKIP() << "the logical colours file is read and written through the profile API";
+#endif
+  ControlInstanceState c;
+  c.CustomFileDlg = std::make_shared<clsCustomFileDlg>();
+  frmTqColorSetting& s = Initialize(c);
+  const std::string ini = app / "colors.ini", other = app / "other.ini";
+  // An existing file: what is not ours stays.
+  p.IniWrite("Other", "Key", "kept", ini);
+  p.IniWrite(kLogicalColorsSection, "Index_999", "1 2 3", ini);
+  editor.file = ini;
+  ColorTableArray loaded{};
+  editor.act = [&](frmTqColorSetting& f) {
+    for (int i = 0; i < kClutIndexCount; ++i) loaded[i] = f.Table().rows[i].colour;
+    f.ShowColorRow(0, 0, 38, kRowUnreadable);
+    f.ShowColorRow(1, 0, 42, kRowNotDefined);
+    f.miExport_Click();
+    EXPECT_EQ(editor.dialog_folder, "C:\\");  // the toolkit is not in an installation's place
+    EXPECT_EQ(p.host_calls.back(), (std::pair<int, std::string>{kHostFileNotice, ini}));
+    f.cmdCancel_Click();
+  };
+  Show(c);
+  std::string golden, exported;
+  ASSERT_TRUE(p.ReadFile(std::string(TQ_SOURCE_DIR) + "/tests/data/logical_colors_golden.ini", golden));
+  ASSERT_TRUE(p.ReadFile(ini, exported));
+  // The profile functions of Wine drop the blanks a value starts with; Windows keeps them.
+  auto unpadded = [](std::string line) {
+    const std::size_t value = line.find('=') + 1;
+    return line.erase(value, line.find_first_not_of(' ', value) - value);
+  };
+  std::vector<std::string> lines = SplitClutLines(exported).lines;
+  std::transform(lines.begin(), lines.end(), lines.begin(), unpadded);
+  for (const std::string& line : SplitClutLines(golden).lines)
+    if (line.starts_with("Index_"))
+      EXPECT_NE(std::find(lines.begin(), lines.end(), unpadded(line)), lines.end()) << line;
+  int shown = 0;
+  for (int i = 0; i < kClutIndexCount; ++i) shown += s.Table().ColorRowMap[i] != -1;
+  EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [](const std::string& l) { return l.starts_with("Index_"); }),
+            shown - 1 + 1);  // the unreadable one not written; Index_999 kept
+  EXPECT_EQ(p.IniRead("Other", "Key", ini), "kept");
+
+  // Import: the standard dialog, then the host's, answering with a text, a number, or Cancel.
+  struct Case {
+    const char* what;
+    std::vector<std::pair<std::string, std::string>> keys;  // written into `other`
+    bool custom;
+    HostValue answer;
+    bool cancel;
+    std::int32_t row6, row0;  // what rows 6 (index 35) and 0 (index 38) show after
+    bool changed;
+  } cases[] = {
+      {"the exported file", {}, false, {}, false, loaded[35], 0x654321, true},
+      {"only index 12, which no row shows", {{"Index_12", "1 2 3"}}, false, {}, false, 0x123456, 0x654321, false},
+      {"not defined, unreadable", {{"Index_35", "-1 -1 -1"}, {"Index_38", "junk"}}, false, {}, false,
+       kSystemButtonFace, kSystemButtonFace, false},
+      {"hand-written, from the host's dialog", {{"Index_35", "10 20 30"}}, true,
+       {HostValue::Kind::Text, 0, other, {}}, false, 0x1E140A, 0x654321, true},
+      {"the host answers a number", {{"Index_35", "10 20 30"}}, true, {HostValue::Kind::Number, 1, "", {}}, false,
+       0x123456, 0x654321, false},
+      {"the host cancels", {{"Index_35", "10 20 30"}}, true, {HostValue::Kind::Text, 0, other, {}}, true, 0x123456,
+       0x654321, false},
+  };
+  for (const Case& test : cases) {
+    SCOPED_TRACE(test.what);
+    p.RemoveFile(other);
+    for (const auto& [key, value] : test.keys) p.IniWrite(kLogicalColorsSection, key, value, other);
+    editor.file = test.keys.empty() ? ini : other;
+    std::vector<std::string> raised;
+    c.CustomFileDlg->OnBrowsePressed([&](std::int32_t, std::int16_t mode, const std::string& title,
+                                         const std::string& filter, const std::string& further, HostValue& file,
+                                         bool& cancel) {
+      raised.push_back(std::to_string(mode) + "|" + title + "|" + filter + "|" + further);
+      file = test.answer;
+      cancel = test.cancel;
+    });
+    s.SetObjectValue(c, "UseCustomFileDlg", test.custom, error);
+    editor.act = [&](frmTqColorSetting& f) {
+      f.ShowColorRow(6, 0x123456, 35, kRowColour);
+      f.ShowColorRow(0, 0x654321, 38, kRowColour);
+      f.miImport_Click();
+      EXPECT_EQ(f.GetRowColor(6), test.row6);
+      EXPECT_EQ(f.GetRowColor(0), test.row0);
+      EXPECT_EQ(f.ColorsChanged, test.changed);
+      if (test.keys.empty())  // the whole export came back as it was
+        for (int i = 0; i < kClutIndexCount; ++i)
+          if (i != 38 && i != 42 && f.Table().ColorRowMap[i] != -1) EXPECT_EQ(f.Table().rows[i].colour, loaded[i]) << i;
+      f.cmdCancel_Click();
+    };
+    Show(c);
+    EXPECT_EQ(raised, test.custom ? std::vector<std::string>{"3|Import Logical Colors|Ini Files (*.ini)|*.ini|All "
+                                                             "Files (*.*)|*.*||C:\\"}
+                                  : std::vector<std::string>{});
+  }
 }
 
 }  // namespace
