@@ -1,0 +1,318 @@
+// The fixture of the editor's UI automation, in-process: a host thread plays the
+// process display (its window owns the editor, a C++ object answers the host calls)
+// and opens the editor through the registered control; the test's own thread drives
+// the window through the ids of the automation contract, as a screen reader or a
+// person would.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <future>
+#include <string>
+#include <vector>
+
+#include "common/win_test_support.h"
+#include "colortable/clut_format.h"
+#include "control/client.h"
+#include "editor/host_exchange.h"
+#include "win32/editor_ids.h"
+
+namespace editor_test {
+
+using namespace tq::test;
+using test::ArgList;
+using tq::ParseClutLine;
+using tq::SplitClutLines;
+using test::ComPtr;
+namespace ids = tq::win::editor_ids;
+
+// EnumThreadWindows / EnumChildWindows with a lambda (any calling convention); the
+// lambda returns false to stop.
+template <class F>
+BOOL CALLBACK EachWindowCall(HWND hwnd, LPARAM f) {
+  return (*reinterpret_cast<F*>(f))(hwnd) ? TRUE : FALSE;
+}
+template <class F>
+void EachThreadWindow(DWORD thread, F f) {
+  EnumThreadWindows(thread, &EachWindowCall<F>, reinterpret_cast<LPARAM>(&f));
+}
+template <class F>
+void EachDescendant(HWND parent, F f) {
+  EnumChildWindows(parent, &EachWindowCall<F>, reinterpret_cast<LPARAM>(&f));
+}
+
+// The process display's list-communication object: reports `levels` voltage levels
+// (or junk), notes every call.
+class DisplayHost final : public test::HostDispatch {
+ public:
+  int levels = 4;
+  bool junk = false;
+  std::vector<std::wstring> calls;
+
+  STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) override {
+    std::wstring call = kMembers[id - 1];
+    for (UINT i = p->cArgs; i-- > 0;)
+      if (p->rgvarg[i].vt == VT_BSTR) call += L"|" + std::wstring(p->rgvarg[i].bstrVal);
+    calls.push_back(call);
+    if (id == 5) CreateDirectoryW(p->rgvarg[0].bstrVal, nullptr);  // the display makes the folders asked for
+    if (id != 1) return S_OK;
+    const std::wstring expression = p->rgvarg[2].bstrVal;
+    VARIANT* status = p->rgvarg[1].pvarVal;
+    VARIANT* value = p->rgvarg[0].pvarVal;
+    VariantClear(status);
+    VariantClear(value);
+    status->vt = VT_I4;
+    status->lVal = 0;
+    if (expression.rfind(L"#return network_topology_manager", 0) == 0) {
+      if (junk) {  // a vector of the wrong shape
+        value->vt = VT_BSTR;
+        value->bstrVal = SysAllocString(L"LEVELS?");
+        return S_OK;
+      }
+      Vector(*value, 3);
+      Vector(Element(*value, 3), levels);
+      for (int k = 1; k <= levels; ++k) {
+        VARIANT& number = Element(Element(*value, 3), k);
+        number.vt = VT_I4;
+        number.lVal = 400 - 10 * k;
+      }
+    } else if (expression.rfind(L"#return TRANSLATION(VECTOR(", 0) == 0) {
+      Vector(*value, levels);
+      for (int k = 1; k <= levels; ++k) {
+        VARIANT& name = Element(*value, k);
+        name.vt = VT_BSTR;
+        name.bstrVal = SysAllocString((L"Level " + std::to_wstring(k)).c_str());
+      }
+    } else {
+      value->vt = VT_I4;
+      value->lVal = 1;
+    }
+    return S_OK;
+  }
+
+ private:
+  // A 1-based vector of VARIANTs, as the process display answers.
+  static void Vector(VARIANT& v, int size) {
+    SAFEARRAYBOUND bound{static_cast<ULONG>(size), 1};
+    v.vt = VT_ARRAY | VT_VARIANT;
+    v.parray = SafeArrayCreate(VT_VARIANT, 1, &bound);
+  }
+  static VARIANT& Element(VARIANT& v, int k) { return static_cast<VARIANT*>(v.parray->pvData)[k - 1]; }
+};
+
+// What the host does and what it saw.
+struct Display {
+  // Context.
+  std::wstring language = L"EN";
+  short level = 2;
+  bool pipeline = false, initialize = true, topmost = false, stale_owner = false;
+  int levels = 4;
+  bool junk_levels = false;
+  // The call.
+  const wchar_t* tab_name = nullptr;  // Show2 when set
+  short tab = 0, category = 0;
+  bool enable = true;
+  std::optional<bool> enable_later;  // EnableChanges of the second and later openings
+  int shows = 1;
+  std::function<void()> before_show;  // on the display's thread, after "Initialize"
+  std::function<void(IDispatch*)> with_control;  // the same, with the control (events, keys)
+  std::function<void()> after_shows;  // on the display's thread, while the control still lives
+  // Seen.
+  std::atomic<int> returned{0};  // Show calls that have returned
+  std::vector<bool> results;
+  HRESULT hr = S_OK;
+  bool owner_enabled_during = true, owner_enabled_after = false;
+  std::vector<std::wstring> calls;
+  DWORD thread = 0;
+};
+
+class EditorWindow : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    // The toolkit home the control tests registered, with our factory tables in it.
+    wchar_t home[MAX_PATH];
+    DWORD size = sizeof home;
+    ASSERT_EQ(RegGetValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\DataViews\\DVtools\\2.6", L"DVHOME",
+                           RRF_RT_REG_SZ | 0x00020000 /* the 32-bit view */, nullptr, home, &size),
+              ERROR_SUCCESS);
+    etc_ = U8(home) + "\\etc\\";
+    for (const char* name : {"QLT830_colors.clut", "QLT830_colors$clut"})
+      WriteBytes(etc_ + name, ReadBytes(std::string(TQ_SOURCE_DIR) + "/data/" + name));
+    app_ = CreateTempFolder();
+    user_ = CreateTempFolder();
+  }
+  void TearDown() override {
+    for (const char* name : {"QLT830_colors.clut", "QLT830_colors$clut"}) DeleteFileW(W(etc_ + name).c_str());
+    RemoveTree(app_);
+    RemoveTree(user_);
+  }
+  std::string Table() { return app_ + "ColorSchemes\\QLT830_colors.clut"; }
+
+  // Runs the display on a thread of its own (its session ends with the thread) while
+  // `drive` acts on the editor from this thread.
+  void Run(Display& d, const std::function<void()>& drive) {
+    std::promise<void> started;
+    auto host = std::async(std::launch::async, [&] {
+      test::Apartment apartment;
+      d.thread = GetCurrentThreadId();
+      HWND owner = CreateWindowExW(d.topmost ? WS_EX_TOPMOST : 0, L"STATIC", L"Process display",
+                                   WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 640, 480, nullptr, nullptr, nullptr, nullptr);
+      started.set_value();
+      DisplayHost listcomm;
+      listcomm.levels = d.levels;
+      listcomm.junk = d.junk_levels;
+      {
+        ComPtr<IDispatch> control = test::CreateControl();
+        auto set = [&](const wchar_t* key, auto&& add) {
+          ArgList args;
+          args.Str(key);
+          add(args);
+          if (FAILED(args.Invoke(control.Get(), L"SetObjectValue"))) d.hr = E_FAIL;
+        };
+        set(L"Language", [&](ArgList& a) { a.Str(d.language.c_str()); });
+        set(L"UserName", [](ArgList& a) { a.Str(L"op1"); });
+        set(L"HostApplication", [](ArgList& a) { a.Str(L"Display"); });
+        set(L"AppFolder", [&](ArgList& a) { a.Str(W(app_).c_str()); });
+        set(L"UserFolder", [&](ArgList& a) { a.Str(W(user_).c_str()); });
+        set(L"AuthorizationLevel", [&](ArgList& a) { a.I2(d.level); });
+        set(L"Pipeline", [&](ArgList& a) { a.I2(d.pipeline ? -1 : 0); });
+        set(L"hwndParentView", [&](ArgList& a) { a.I4(d.stale_owner ? 0x7FFF0 : static_cast<long>(reinterpret_cast<INT_PTR>(owner))); });
+        set(L"ListCommRef", [&](ArgList& a) { a.Object(&listcomm); });
+        if (d.initialize) set(L"Initialize", [](ArgList& a) { a.Str(L"ColorScheme"); });
+        if (d.before_show) d.before_show();
+        if (d.with_control) d.with_control(control.Get());
+        for (int i = 0; i < d.shows; ++i) {
+          ArgList show;
+          show.RefStr(L"unused");
+          if (d.tab_name) show.RefStr(d.tab_name); else show.I2(d.tab).RefVar();
+          const bool enable = i > 0 ? d.enable_later.value_or(d.enable) : d.enable;
+          show.I2(d.category).RefVar().I2(enable ? -1 : 0).RefVar();
+          VARIANT result;
+          VariantInit(&result);
+          const HRESULT hr = show.Invoke(control.Get(), d.tab_name ? L"Show2" : L"Show", &result);
+          if (FAILED(hr)) d.hr = hr;
+          d.results.push_back(result.vt == VT_BOOL && result.boolVal != VARIANT_FALSE);
+          VariantClear(&result);
+          ++d.returned;
+        }
+        if (d.after_shows) d.after_shows();
+        d.owner_enabled_after = IsWindowEnabled(owner);
+      }
+      d.calls = listcomm.calls;
+      DestroyWindow(owner);
+    });
+    started.get_future().wait();
+    drive();
+    ASSERT_EQ(host.wait_for(std::chrono::seconds(60)), std::future_status::ready) << "the editor did not close";
+    host.get();
+  }
+
+  // Waits until the display's Show has returned `count` times: the window itself is kept
+  // and shown again so fast that watching it would miss the closing.
+  static void WaitForShows(const Display& d, int count) {
+    for (int waited = 0; waited < 20000 && d.returned < count; ++waited) Sleep(1);
+  }
+  // The editor window of the display's thread, once it is visible and idle.
+  static HWND Editor(const Display& d, DWORD timeout_ms = 20000) {
+    for (DWORD waited = 0; waited < timeout_ms; waited += 20) {
+      HWND found = nullptr;
+      EachThreadWindow(d.thread, [&](HWND hwnd) {
+        wchar_t name[64];
+        GetClassNameW(hwnd, name, 64);
+        if (wcscmp(name, ids::kEditorClass) != 0 || !IsWindowVisible(hwnd)) return true;
+        found = hwnd;
+        return false;
+      });
+      if (found) {
+        SendMessageTimeoutW(found, WM_NULL, 0, 0, SMTO_BLOCK, 5000, nullptr);  // idle: the modal loop runs
+        return found;
+      }
+      Sleep(20);
+    }
+    return nullptr;
+  }
+  static HWND Item(HWND editor, int id) {
+    HWND found = nullptr;
+    EachDescendant(editor, [&](HWND hwnd) {
+      if (GetDlgCtrlID(hwnd) == id) found = hwnd;
+      return !found;
+    });
+    return found;
+  }
+  // A click as the user makes it: the button's own click, posted, since it may open a
+  // modal dialog of its own.
+  static void Click(HWND editor, int id) { PostMessageW(Item(editor, id), BM_CLICK, 0, 0); }
+  static void ClickTab(HWND editor, int position) {
+    HWND tabs = Item(editor, ids::kTabStrip);
+    RECT r{};
+    SendMessageW(tabs, TCM_GETITEMRECT, position, reinterpret_cast<LPARAM>(&r));
+    const LPARAM at = MAKELPARAM((r.left + r.right) / 2, (r.top + r.bottom) / 2);
+    SendMessageW(tabs, WM_LBUTTONDOWN, MK_LBUTTON, at);
+    SendMessageW(tabs, WM_LBUTTONUP, 0, at);
+  }
+  // Keys pressed together and released, as typed on the keyboard into the editor.
+  static void Type(HWND editor, const std::vector<WORD>& keys) {
+    SetForegroundWindow(editor);
+    std::vector<INPUT> input;
+    for (WORD key : keys) input.push_back({INPUT_KEYBOARD, {.ki = {key, 0, 0, 0, 0}}});
+    for (auto k = keys.rbegin(); k != keys.rend(); ++k)
+      input.push_back({INPUT_KEYBOARD, {.ki = {*k, 0, KEYEVENTF_KEYUP, 0, 0}}});
+    SendInput(static_cast<UINT>(input.size()), input.data(), sizeof(INPUT));
+    Sleep(100);
+    SendMessageTimeoutW(editor, WM_NULL, 0, 0, SMTO_BLOCK, 5000, nullptr);
+  }
+  static int ShownPage(HWND editor) {
+    for (int page = 0; page < 12; ++page)
+      if (HWND panel = Item(editor, ids::kPagePanel + page); panel && IsWindowVisible(panel)) return page;
+    return -1;
+  }
+  // A dialog of the display's thread owned by `owner` (the colour dialog, a message box).
+  static HWND OwnedDialog(const Display& d, HWND owner, DWORD timeout_ms = 20000) {
+    for (DWORD waited = 0; waited < timeout_ms; waited += 20) {
+      HWND found = nullptr;
+      EachThreadWindow(d.thread, [&](HWND hwnd) {
+        wchar_t name[16];
+        GetClassNameW(hwnd, name, 16);
+        if (!wcscmp(name, L"#32770") && GetWindow(hwnd, GW_OWNER) == owner && IsWindowVisible(hwnd)) found = hwnd;
+        return !found;
+      });
+      if (found) return found;
+      Sleep(20);
+    }
+    return nullptr;
+  }
+  // Picks a colour in the standard colour dialog as a user types it; nullopt cancels.
+  static std::wstring Pick(const Display& d, HWND editor, int row, std::optional<COLORREF> colour) {
+    Click(editor, ids::kColorButton + row);
+    HWND dialog = OwnedDialog(d, editor);
+    if (!dialog) return L"no colour dialog";
+    const std::wstring preset = ItemText(dialog, 706) + L"," + ItemText(dialog, 707) + L"," + ItemText(dialog, 708);
+    if (colour) {
+      SetDlgItemInt(dialog, 706, GetRValue(*colour), FALSE);
+      SetDlgItemInt(dialog, 707, GetGValue(*colour), FALSE);
+      SetDlgItemInt(dialog, 708, GetBValue(*colour), FALSE);
+    }
+    PressButton(dialog, colour ? IDOK : IDCANCEL);
+    for (int i = 0; i < 250 && IsWindow(dialog); ++i) Sleep(20);
+    SendMessageTimeoutW(editor, WM_NULL, 0, 0, SMTO_BLOCK, 5000, nullptr);
+    return preset;
+  }
+  static bool Enabled(HWND editor, int id) { return IsWindowEnabled(Item(editor, id)); }
+  static bool Shown(HWND editor, int id) { return IsWindowVisible(Item(editor, id)); }
+  static std::wstring Text(HWND editor, int id) { return WindowText(Item(editor, id)); }
+  // The window as the user sees it, kept beside the build as a test artefact.
+  static void Screenshot(HWND window, const std::string& name);
+
+  std::string etc_, app_, user_;
+};
+
+}  // namespace editor_test
