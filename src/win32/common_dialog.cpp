@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "win32/handles.h"
 #include "win32/text.h"
 
 namespace tq::win {
@@ -24,13 +25,6 @@ static_assert((OFN_OVERWRITEPROMPT | OFN_NOTESTFILECREATE) == 0x10002);
 // The dialogs always ran with a hook; it handles nothing and leaves every message to
 // the dialog's default processing.
 UINT_PTR CALLBACK QuietHook(HWND, UINT, WPARAM, LPARAM) { return 0; }
-
-HINSTANCE ThisModule() {
-  HMODULE module = nullptr;
-  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                     reinterpret_cast<LPCWSTR>(&ThisModule), &module);
-  return module;
-}
 
 // "A|*.a|B|*.b|" -> "A\0*.a\0B\0*.b\0\0": the filter list ends with two NULs.
 std::wstring FilterList(const std::string& filter) {

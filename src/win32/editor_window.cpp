@@ -14,6 +14,7 @@
 #include "win32/editor_ids.h"
 #include "win32/font_helper.h"
 #include "win32/save_scheme_dialog.h"
+#include "win32/handles.h"
 #include "win32/text.h"
 
 namespace tq::win {
@@ -37,13 +38,6 @@ struct DeleteFont {
   void operator()(HFONT font) const { DeleteObject(font); }
 };
 using UniqueFont = std::unique_ptr<std::remove_pointer_t<HFONT>, DeleteFont>;
-
-HMODULE ThisModule() {
-  HMODULE module = nullptr;
-  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                     reinterpret_cast<LPCWSTR>(&ThisModule), &module);
-  return module;
-}
 
 // Common controls 6 (visual styles) for our windows only: the manifest of our module
 // is activated around their creation, so the host keeps the look it chose.

@@ -8,6 +8,14 @@
 
 namespace tq::win {
 
+// The module this code is linked into: the control library (or a test program).
+inline HMODULE ThisModule() {
+  HMODULE module = nullptr;
+  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                     reinterpret_cast<LPCWSTR>(&ThisModule), &module);
+  return module;
+}
+
 template <typename T, typename Traits>
 class Unique {
  public:

@@ -11,6 +11,7 @@
 
 #include "support/localization.h"
 #include "win32/editor_ids.h"
+#include "win32/handles.h"
 #include "win32/text.h"
 
 namespace tq::win {
@@ -197,13 +198,6 @@ INT_PTR CALLBACK SaveSchemeProc(HWND dialog, UINT message, WPARAM wparam, LPARAM
     default:
       return FALSE;
   }
-}
-
-HINSTANCE ThisModule() {
-  HMODULE module = nullptr;
-  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                     reinterpret_cast<LPCWSTR>(&ThisModule), &module);
-  return module;
 }
 
 }  // namespace
