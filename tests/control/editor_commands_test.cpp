@@ -188,8 +188,8 @@ TEST_F(EditorCommands, SchemesSwitchSaveAsAndDeleteThroughTheirControlsAndDialog
   EXPECT_NE(std::find(d.calls.begin(), d.calls.end(), L"HostFileNotice|Night.clut"), d.calls.end());
 }
 
-TEST_F(EditorCommands, SaveAsOpensItsDialogUpToFortyNineSchemesAndRefusesTheFiftyFirst) {
-  for (int extra : {48, 49}) {
+TEST_F(EditorCommands, SaveAsOpensItsDialogUpToFortyNineSchemesAndTheListHoldsFifty) {
+  for (int extra : {48, 50}) {  // 49 schemes; 51 files, of which 50 are listed
     SCOPED_TRACE(extra);
     Display d;
     d.before_show = [&] {
@@ -197,13 +197,16 @@ TEST_F(EditorCommands, SaveAsOpensItsDialogUpToFortyNineSchemesAndRefusesTheFift
         CopyFileW(W(Table()).c_str(), W(Scheme("s" + std::to_string(100 + i) + ".clut")).c_str(), TRUE);
     };
     Seen seen;
+    std::size_t listed = 0;
     Run(d, [&] {
       HWND e = Editor(d);
       ASSERT_TRUE(e);
+      listed = Schemes(e).size();
       Click(e, ids::kSaveAsButton);
       seen = Answer(d, e, IDCANCEL);
       Click(e, ids::kCancel);
     });
+    EXPECT_EQ(listed, extra == 48 ? 49u : 50u);
     EXPECT_EQ(seen.title, extra == 48 ? L"Color Setting Tool - Save Color Scheme" : L"Color Setting Tool");
     EXPECT_EQ(seen.text, extra == 48 ? L"" : L"Maximum number of Color Schemes have been already defined.");
     for (int i = 0; i < extra; ++i) DeleteFileW(W(Scheme("s" + std::to_string(100 + i) + ".clut")).c_str());

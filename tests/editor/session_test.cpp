@@ -489,37 +489,6 @@ TEST_F(Session, DeleteSelectsTheNeighbourRemovesTheFileItselfWhenTheHostDidNotAn
   EXPECT_EQ(ColorSchemes().size(), 2u);
 }
 
-TEST_F(Session, SaveAsStopsAtFiftySchemesAndTheListShowsNoMoreThanFifty) {
-  ControlInstanceState c;
-  frmTqColorSetting& s = Initialize(c);
-  for (int i = 1; i <= 48; ++i) ASSERT_TRUE(p.CopyFileTo(s.ClutFileName(), Scheme("s" + std::to_string(100 + i) + ".clut"), false));
-  const std::string fiftieth = Scheme("s200.clut"), fifty_first = Scheme("s201.clut");  // listed by name
-  int dialogs = 0;
-  editor.act = [&](frmTqColorSetting& f) {
-    EXPECT_EQ(ColorSchemes().size(), 49u);
-    editor.asked = {};
-    f.cmdSave_Click();  // 49: the dialog opens (and is cancelled)
-    dialogs += editor.asked.authorization_level == 2;
-    f.cmdCancel_Click();
-  };
-  EXPECT_FALSE(Show(c));
-  ASSERT_TRUE(p.CopyFileTo(s.ClutFileName(), fiftieth, false));
-  ASSERT_TRUE(p.CopyFileTo(s.ClutFileName(), fifty_first, false));
-  editor.act = [&](frmTqColorSetting& f) {
-    EXPECT_EQ(ColorSchemes().size(), 50u);  // s201 is not listed
-    EXPECT_EQ(FileNameOf(ColorSchemes().back()), "s200.clut");
-    editor.asked = {};
-    p.answers = {kIdOk};
-    f.cmdSave_Click();
-    dialogs += editor.asked.authorization_level == 2;
-    EXPECT_EQ(PromptsFrom(p, p.prompts.size() - 1),
-              std::vector<std::string>{"Maximum number of Color Schemes have been already defined.|48"});
-    f.cmdCancel_Click();
-  };
-  EXPECT_FALSE(Show(c));
-  EXPECT_EQ(dialogs, 1);
-}
-
 TEST_F(Session, RestoreDefaultsShowsTheReferenceColoursUnsavedAndSurvivesAMissingToolkitOrReference) {
 #ifndef _WIN32
   GTEST_SKIP() << "the reference file is named in upper case, which only Windows finds";
