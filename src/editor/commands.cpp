@@ -102,18 +102,19 @@ void frmTqColorSetting::ApplyScheme(int index, bool reload) {
 void frmTqColorSetting::ApplySchemeFile(const std::string& path, bool reload) {
   table_.ClutError = false;
   const std::string old = ClutFileName();
+  const bool old_editable = EnableChanges(), old_locked = LockFileCreated;
   ClutFileName(path);
   // Editable again unless the host opened the editor read-only: a read-only choice
   // made for the previous file does not carry over.
   EnableChanges(host_enable_changes_);
   LockFileCheck(true);
   if (table_.ClutError) {
-    // Refused: the editor stays on its file, and holds it again, since the refused
-    // attempt closed the lock it had.
+    // Refused: the editor stays on its file as it was, and holds it again, since the
+    // refused attempt closed the lock it had.
     ClutFileName(old);
     table_.ClutError = false;
-    EnableChanges(host_enable_changes_);
-    LockFileCheck(true);
+    EnableChanges(old_editable);
+    if (old_locked) LockFileCheck(true);
     table_.ClutError = false;
     int position = -1;
     SelectSchemeSilently(FindColorScheme(*platform_, old, position) ? position : -1);

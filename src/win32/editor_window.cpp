@@ -10,11 +10,12 @@
 #include "colortable/clut_locations.h"
 #include "support/localization.h"
 #include "support/thread_owned.h"
+#include "support/utils.h"
 #include "win32/common_dialog.h"
 #include "win32/editor_ids.h"
 #include "win32/font_helper.h"
-#include "win32/save_scheme_dialog.h"
 #include "win32/handles.h"
+#include "win32/save_scheme_dialog.h"
 #include "win32/text.h"
 
 namespace tq::win {
@@ -455,7 +456,7 @@ void EditorWindow::FillSchemeList() {
   HWND combo = GetDlgItem(hwnd_, ids::kSchemeCombo);
   SendMessageW(combo, CB_RESETCONTENT, 0, 0);
   for (const std::string& scheme : ColorSchemes())  // by file name: they share one folder
-    SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Widen(scheme.substr(scheme.rfind('\\') + 1)).c_str()));
+    SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Widen(FileNameOf(scheme)).c_str()));
   SendMessageW(combo, CB_SETCURSEL, session_->SchemeListIndex(), 0);  // -1: a file the list does not hold
 }
 

@@ -467,7 +467,7 @@ TEST_F(Session, DeleteSelectsTheNeighbourRemovesTheFileItselfWhenTheHostDidNotAn
       p.answers = {kIdYes};
       f.cmdDelete_Click();
       EXPECT_EQ(p.prompts.back().text, "Are you sure you want to delete " + step.deleted + "?");
-      EXPECT_FALSE(p.FileExists(Scheme(step.deleted)));
+      EXPECT_FALSE(p.FileExists(Scheme(step.deleted)) || p.FileExists(Scheme(step.deleted) + ".lock"));
       EXPECT_EQ(p.host_calls.back(), (std::pair<int, std::string>{kHostFileNotice, f.ClutFileName()}));
       EXPECT_EQ(FileNameOf(f.ClutFileName()), step.then_edited);
       EXPECT_EQ(FileNameOf(GetColorSchemeAt(f.SchemeListIndex())), step.then_edited);
