@@ -171,39 +171,6 @@ TEST(EnableChanges, DecidesFromTheHostTheLevelAndTheRestoreCopy) {
         << r.enable << " level " << r.level << " restore " << r.restore_copy;
 }
 
-TEST_F(Session, ALockHeldElsewhereOffersReadOnlyOrKeepsTheEditorClosed) {
-  ControlInstanceState c;
-  frmTqColorSetting& s = Initialize(c);
-  const std::string lock = s.ClutFileName() + ".lock";
-  EXPECT_FALSE(Show(c));  // nobody else: locked while up, released after
-  EXPECT_FALSE(p.FileExists(lock));
-
-  // Another editor holds the file: a second process under Windows, as in the field.
-#ifdef _WIN32
-  test::HelperProcess other("hold-lock", {s.ClutFileName(), "Other", "op2", "60000"});
-  ASSERT_TRUE(other.ready());
-#else
-  clsLockFileCreator other(p);
-  std::string app = "Other", user = "op2";
-  ASSERT_EQ(other.CreateLockFile(s.ClutFileName(), app, user, LockMode::Open, true), LockResult::Locked);
-#endif
-  std::string held, after;
-  ASSERT_TRUE(p.ReadFile(lock, held));
-  p.answers = {kIdYes, kIdNo};
-  EXPECT_FALSE(Show(c));  // Yes: read-only
-  EXPECT_FALSE(Show(c));  // No: not opened
-  EXPECT_TRUE(s.ClutError());
-  ASSERT_EQ(editor.shown.size(), 2u);
-  const auto &mine = editor.shown[0], &read_only = editor.shown[1];
-  EXPECT_EQ(mine.caption + "|" + read_only.caption, "Color Setting Tool|Color Setting Tool (Read-Only)");
-  EXPECT_TRUE(mine.lock_created && !read_only.lock_created);
-  // A factory table (it has a restore copy) cannot be deleted; read-only, the scheme list stays open.
-  EXPECT_TRUE(mine.enablement == (EnableDecision{1301, true, true, true, true, true, false, true}));
-  EXPECT_TRUE(read_only.enablement == (EnableDecision{1302, false, false, false, false, false, false, true}));
-  ASSERT_TRUE(p.ReadFile(lock, after));
-  EXPECT_EQ(after, held);
-}
-
 TEST_F(Session, OkRecordsTheChosenTableAndSendsTheColoursAndOnlyAnUninitialisedControlNamesTheFile) {
   ControlInstanceState c, uninitialised;
   frmTqColorSetting& s = Initialize(c);
