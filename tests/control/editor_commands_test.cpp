@@ -275,8 +275,9 @@ TEST_F(EditorCommands, MoreOpensOnThePressUnderItsButtonAndExportImportAndRestor
   ASSERT_EQ(d.results, std::vector<bool>{true});
   EXPECT_EQ(items, (std::vector<std::wstring>{L"&Import...", L"&Export...", L"", L"&Restore Defaults"}));
   EXPECT_EQ(menu_rect.left, more_rect.left);
-  if (more_rect.bottom - 2 + (menu_rect.bottom - menu_rect.top) <= GetSystemMetrics(SM_CYSCREEN))
+  if (more_rect.bottom - 2 + (menu_rect.bottom - menu_rect.top) <= GetSystemMetrics(SM_CYSCREEN)) {
     EXPECT_EQ(menu_rect.top, more_rect.bottom - 2);  // else the system opens it upwards
+  }
   EXPECT_EQ(titles, (std::vector<std::wstring>{L"Export Logical Colors", L"Export Logical Colors",
                                                L"Import Logical Colors",
                                                L"Are you sure you want to replace current colors with default ones?"}));

@@ -494,7 +494,9 @@ TEST_F(Session, RestoreDefaultsShowsTheReferenceColoursUnsavedAndSurvivesAMissin
       f.ShowColorRow(kRow, 0x123456, 35, kRowColour);  // shown, not a change of the user's
       const std::string home = p.dvhome;
       if (!test.toolkit) p.dvhome.clear();
-      if (!test.reference) ASSERT_TRUE(p.RemoveFile(Scheme("QLT830_colors$clut")));
+      if (!test.reference) {
+        ASSERT_TRUE(p.RemoveFile(Scheme("QLT830_colors$clut")));
+      }
       p.answers.assign(test.answers.begin(), test.answers.end());
       const std::size_t asked = p.prompts.size();
       f.miRestoreDefaults_Click();
@@ -548,8 +550,9 @@ TEST_F(Session, LogicalColoursExportAsWrittenByHandAndImportAsUnsavedChangesThro
   std::vector<std::string> lines = SplitClutLines(exported).lines;
   std::transform(lines.begin(), lines.end(), lines.begin(), unpadded);
   for (const std::string& line : SplitClutLines(golden).lines)
-    if (line.starts_with("Index_"))
+    if (line.starts_with("Index_")) {
       EXPECT_NE(std::find(lines.begin(), lines.end(), unpadded(line)), lines.end()) << line;
+    }
   int shown = 0;
   for (int i = 0; i < kClutIndexCount; ++i) shown += s.Table().ColorRowMap[i] != -1;
   EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [](const std::string& l) { return l.starts_with("Index_"); }),
@@ -598,9 +601,11 @@ TEST_F(Session, LogicalColoursExportAsWrittenByHandAndImportAsUnsavedChangesThro
       EXPECT_EQ(f.GetRowColor(6), test.row6);
       EXPECT_EQ(f.GetRowColor(0), test.row0);
       EXPECT_EQ(f.ColorsChanged, test.changed);
-      if (test.keys.empty())  // the whole export came back as it was
-        for (int i = 0; i < kClutIndexCount; ++i)
-          if (i != 38 && i != 42 && f.Table().ColorRowMap[i] != -1) EXPECT_EQ(f.Table().rows[i].colour, loaded[i]) << i;
+      for (int i = 0; test.keys.empty() && i < kClutIndexCount; ++i) {  // the whole export came back as it was
+        if (i != 38 && i != 42 && f.Table().ColorRowMap[i] != -1) {
+          EXPECT_EQ(f.Table().rows[i].colour, loaded[i]) << i;
+        }
+      }
       f.cmdCancel_Click();
     };
     Show(c);
