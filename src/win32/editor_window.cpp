@@ -579,7 +579,6 @@ void EditorWindow::RowChanged(int row) {
 
 void EditorWindow::ShowModal(frmTqColorSetting& session) {
   if (!hwnd_ || session_ != &session) return;
-  FillSchemeList();  // the session fills the list after the window was made
   ApplyEnablement();  // first: the frames ApplySelection builds take the buttons' state
   ApplySelection();
   // Centred over the owner (or the screen's work area), like a dialog.
