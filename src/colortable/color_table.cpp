@@ -38,17 +38,22 @@ IoStatus ReplaceFileContent(Platform& platform, const std::string& target, std::
 
 bool LoadColorTable(Platform& platform, ColorTableState& state, bool update_rows, LoadReport report) {
   const std::string& path = state.ClutFileName;
+  // No line could be read: the rows say so rather than go on showing other colours.
+  auto failed = [&] {
+    state.ClutError = true;
+    for (int i = 0; update_rows && i < kClutIndexCount; ++i)
+      if (state.ColorRowMap[i] != -1) state.rows[i].kind = RowColour::Kind::Unreadable;
+    return false;
+  };
   if (!platform.FileExists(path)) {
     if (report == LoadReport::ToUser) Tell(platform, GetString(1305) + path);
-    state.ClutError = true;
-    return false;
+    return failed();
   }
   CheckClutVersion(platform, state, false, report);
   std::string bytes;
   if (IoStatus status = platform.ReadFile(path, bytes); !status) {
     if (report == LoadReport::ToUser) Tell(platform, GetString(1316) + path + "\r\n" + status.message);
-    state.ClutError = true;
-    return false;
+    return failed();
   }
   const std::vector<std::string> lines = SplitClutLines(bytes, kClutIndexCount).lines;
   for (int i = 0; i < kClutIndexCount; ++i) {

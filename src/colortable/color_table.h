@@ -40,8 +40,8 @@ enum class LoadReport { ToUser, Quiet };
 
 // Reads ClutFileName into the table (and, with update_rows, into the rows), after
 // CheckClutVersion. Missing file: message 1305, ClutError. A file that cannot be
-// read: message 1316 with the system's reason, ClutError. Quiet loads set ClutError
-// and show nothing. Returns whether it read.
+// read: message 1316 with the system's reason, ClutError; the rows of a failed load
+// show "Unreadable". Quiet loads set ClutError and show nothing. Returns whether it read.
 bool LoadColorTable(Platform& platform, ColorTableState& state, bool update_rows, LoadReport report);
 
 // Writes the rows into ClutFileName: asks when the lock file is missing, merges with

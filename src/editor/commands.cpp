@@ -223,11 +223,7 @@ void frmTqColorSetting::miRestoreDefaults_Click() {
   std::string reference = platform_->UpperCase(remembered);
   for (std::size_t at = 0; (at = reference.find(".CLUT", at)) != std::string::npos; ++at) reference[at] = '$';
   table_.ClutFileName = reference;
-  if (!LoadColorTable(*platform_, table_, true, LoadReport::ToUser)) {
-    // Not one line could be read: every row says so.
-    for (int index = 0; index < kClutIndexCount; ++index)
-      if (table_.ColorRowMap[index] != -1) table_.rows[index].kind = RowColour::Kind::Unreadable;
-  }
+  LoadColorTable(*platform_, table_, true, LoadReport::ToUser);
   table_.ClutFileName = remembered;
   if (table_.ClutError)
     table_.ClutError = false;  // reported; OK must still close
