@@ -136,6 +136,7 @@ TEST_F(EditorCommands, SchemesSwitchSaveAsAndDeleteThroughTheirControlsAndDialog
     Click(e, ids::kSaveAsButton);
     save_as = Find(d, e);
     ASSERT_TRUE(save_as.window);
+    Screenshot(save_as.window, "save-as");
     label = ItemText(save_as.window, ids::kSchemeNameLabel);
     proposed = ItemText(save_as.window, ids::kSchemeNameEdit);
     TypeName(save_as.window, "QLT830_colors");
@@ -229,6 +230,7 @@ TEST_F(EditorCommands, MoreOpensOnThePressUnderItsButtonAndExportImportAndRestor
     HWND menu = PressMore(d, e);
     ASSERT_TRUE(menu);
     GetWindowRect(menu, &menu_rect);
+    Screenshot(e, "more-menu");
     GetWindowRect(Item(e, ids::kMoreButton), &more_rect);
     HMENU popup = reinterpret_cast<HMENU>(SendMessageW(menu, MN_GETHMENU, 0, 0));
     for (int i = 0; i < GetMenuItemCount(popup); ++i) {
@@ -251,6 +253,7 @@ TEST_F(EditorCommands, MoreOpensOnThePressUnderItsButtonAndExportImportAndRestor
     MoreItem(d, e, 'E');  // export
     dialog = Find(d, e);
     titles.push_back(dialog.title);
+    Screenshot(dialog.window, "export-dialog");
     TypeName(dialog.window, ini);
     Press(dialog.window, IDOK);
     Idle(e);
