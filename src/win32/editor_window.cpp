@@ -319,7 +319,9 @@ void EditorWindow::Layout() {
   const int left = Px(kMargin), top = Px(kMargin);
   SetWindowPos(tabs_, nullptr, left, top, tab_width, tab_height, SWP_NOZORDER);  // pages follow when built
 
-  // Buttons: scheme list, Save As and Delete on one line, More, OK and Cancel on the next.
+  // Buttons: scheme list, Save As and Delete on one line, More, OK and Cancel on the
+  // next; or, when that would make the window taller than the screen's work area (high
+  // DPI on a laptop screen), in a column beside the tabs, with OK and Cancel at its foot.
   HDC dc = GetDC(hwnd_);
   HGDIOBJ old = SelectObject(dc, gdi_->font.get());
   auto width_of = [&](int id) {
@@ -329,28 +331,55 @@ void EditorWindow::Layout() {
     GetTextExtentPoint32W(dc, text, n, &size);
     return std::max(Px(kMinButtonWidth), static_cast<int>(size.cx) + Px(2 * kGap));
   };
-  const int client_width = left + tab_width + left;
-  const int height = Px(kButtonRowHeight);
-  int y = top + tab_height + Px(kGap);
-  int x = left;
-  auto place = [&](int id, int width) {
+  const int height = Px(kButtonRowHeight), gap = Px(kGap);
+  auto place = [&](int id, int x, int y, int width) {
     SetWindowPos(GetDlgItem(hwnd_, id), nullptr, x, y, width, id == ids::kSchemeCombo ? Px(kComboDrop) : height,
                  SWP_NOZORDER | SWP_NOACTIVATE);
-    x += width + Px(kGap);
   };
-  place(ids::kSchemeCombo, Px(kSchemeComboWidth));
-  place(ids::kSaveAsButton, width_of(ids::kSaveAsButton));
-  place(ids::kDeleteButton, width_of(ids::kDeleteButton));
-  y += height + Px(kGap);
+  const int combo = Px(kSchemeComboWidth), save = width_of(ids::kSaveAsButton), remove = width_of(ids::kDeleteButton);
   const int more = width_of(ids::kMoreButton), ok = width_of(ids::kOk), cancel = width_of(ids::kCancel);
-  x = client_width - left - cancel - Px(kGap) - ok - Px(kGap) - more;
-  place(ids::kMoreButton, more);
-  place(ids::kOk, ok);
-  place(ids::kCancel, cancel);
+  RECT frame{0, 0, 0, 0};
+  AdjustWindowRectEx(&frame, static_cast<DWORD>(GetWindowLongW(hwnd_, GWL_STYLE)), FALSE,
+                     static_cast<DWORD>(GetWindowLongW(hwnd_, GWL_EXSTYLE)));
+  MONITORINFO monitor{};
+  monitor.cbSize = sizeof monitor;
+  GetMonitorInfoW(MonitorFromWindow(owner_ ? owner_ : hwnd_, MONITOR_DEFAULTTONEAREST), &monitor);
+  const int below = top + tab_height + gap + height + gap + height + top;
+  const bool beside = below + (frame.bottom - frame.top) > monitor.rcWork.bottom - monitor.rcWork.top;
+  int client_width, client_height;
+  if (beside) {
+    const int x = left + tab_width + gap, width = std::max({combo, save, remove, more, ok, cancel});
+    int y = top;
+    for (int id : {ids::kSchemeCombo, ids::kSaveAsButton, ids::kDeleteButton}) {
+      place(id, x, y, width);
+      y += height + gap;
+    }
+    y = top + tab_height - height;
+    for (int id : {ids::kCancel, ids::kOk, ids::kMoreButton}) {
+      place(id, x, y, width);
+      y -= height + gap;
+    }
+    client_width = x + width + left;
+    client_height = top + tab_height + top;
+  } else {
+    client_width = left + tab_width + left;
+    int x = left, y = top + tab_height + gap;
+    for (auto [id, width] : {std::pair{ids::kSchemeCombo, combo}, {ids::kSaveAsButton, save}, {ids::kDeleteButton, remove}}) {
+      place(id, x, y, width);
+      x += width + gap;
+    }
+    y += height + gap;
+    x = client_width - left - cancel - gap - ok - gap - more;
+    for (auto [id, width] : {std::pair{ids::kMoreButton, more}, {ids::kOk, ok}, {ids::kCancel, cancel}}) {
+      place(id, x, y, width);
+      x += width + gap;
+    }
+    client_height = below;
+  }
   SelectObject(dc, old);
   ReleaseDC(hwnd_, dc);
 
-  RECT window{0, 0, client_width, y + height + top};
+  RECT window{0, 0, client_width, client_height};
   AdjustWindowRectEx(&window, static_cast<DWORD>(GetWindowLongW(hwnd_, GWL_STYLE)), FALSE,
                      static_cast<DWORD>(GetWindowLongW(hwnd_, GWL_EXSTYLE)));
   SetWindowPos(hwnd_, nullptr, 0, 0, window.right - window.left, window.bottom - window.top,

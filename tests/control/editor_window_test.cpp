@@ -418,6 +418,11 @@ TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
       HDC dc = GetDC(e);
       dpi = GetDeviceCaps(dc, LOGPIXELSY);
       ReleaseDC(e, dc);
+      // The whole editor, OK and Cancel included, is on the screen.
+      RECT window, work;
+      GetWindowRect(e, &window);
+      SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+      if (window.bottom > work.bottom || window.right > work.right) problems.push_back("larger than the screen");
       for (int position = 0; position < 10; ++position) {
         ClickTab(e, position);
         const int page = ShownPage(e);
