@@ -1,5 +1,5 @@
 # The two commands of the README; everything else is reached through them.
-.PHONY: test demo deps bench fuzz
+.PHONY: test demo deps bench fuzz samples screenshots
 deps:
 	@tools/install-deps
 
@@ -11,6 +11,15 @@ test: deps
 # window when there is a display, else in Xvfb, leaving build/demo/editor.png.
 demo: deps
 	@tools/run-demo
+
+# The three sample hosts of demo/ (C++, VBScript, JScript) headless on the demo
+# installation; each prints the colours it received.
+samples: deps
+	@tools/run-samples
+
+# The pictures in docs/ (editor and display, English and German), from the demo.
+screenshots: deps
+	@tools/make-screenshots
 
 # Figures of the colour table operations, from an optimised build without sanitizers;
 # then those of the editor window under Wine in Xvfb, from an optimised win64 build.

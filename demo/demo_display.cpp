@@ -1,15 +1,18 @@
 // demo_display.exe: a sample process display of the Corvana SCADA host. It embeds
 // the colour-setting control as the display does (created by ProgID, driven
 // late-bound through IDispatch), hands it its context and its list-communication
-// object, shows the colour lists the control sends, and opens the editor with
-// "Colours...".
+// object, paints a small alarm list and event list with the colours the control
+// sends, and opens the editor with "Colours..."; after OK the lists repaint in the
+// new colours.
 //
-//   demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] [--screenshot <file.bmp>]
+//   demo_display [--lang EN|DE] [--app <folder>] [--user <folder>]
+//                [--screenshot <editor.bmp> [--display-screenshot <display.bmp>]]
 //
 // The folders default to app\ and user\ in the current folder. With --screenshot the
 // display opens the editor at once, saves a picture of it as a 24-bit BMP, cancels
-// it, prints Show's result and the colour lists, and ends: 0 done, 2 bad arguments
-// or no control, 3 the editor window did not appear, 4 the picture was not written.
+// it, optionally saves a picture of the display itself, prints Show's result and the
+// colour lists, and ends: 0 done, 2 bad arguments or no control, 3 the editor window
+// did not appear, 4 a picture was not written.
 #include <windows.h>
 #include <ole2.h>
 #include <fcntl.h>
@@ -44,6 +47,7 @@ struct Options {
   std::wstring language = L"EN";
   std::wstring app_folder, user_folder;  // absolute, ending with "\"
   std::wstring screenshot;               // "": interactive
+  std::wstring display_screenshot;       // "": none
 };
 
 // ---- Small helpers ---------------------------------------------------------------
@@ -124,6 +128,8 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options) {
       options.user_folder = value;
     else if (name == L"--screenshot")
       options.screenshot = value;
+    else if (name == L"--display-screenshot")
+      options.display_screenshot = value;
     else
       return false;
   }
@@ -171,6 +177,92 @@ std::wstring Describe(const ColorList& list) {
     text += L" " + key + L"=" + colour;
   }
   return text;
+}
+
+// ---- The alarm and event lists ---------------------------------------------------
+
+// A few rows of each list as the display would show them; the times are fixed so that
+// pictures of the display stay the same from run to run.
+struct Row {
+  const wchar_t* time;
+  const wchar_t* text;
+  bool day_break_before = false;  // the event list marks where a day begins
+};
+constexpr Row kAlarms[] = {
+    {L"11:58:02", L"North 380 kV  Q1 breaker tripped"},
+    {L"11:57:40", L"North 380 kV  busbar protection"},
+    {L"11:52:15", L"West 110 kV  T2 oil temperature high"},
+    {L"11:40:09", L"East 20 kV  feeder 7 earth fault"},
+};
+constexpr Row kEvents[] = {
+    {L"00:12:44", L"West 110 kV  T2 tap 5 -> 6"},
+    {L"00:03:10", L"East 20 kV  feeder 7 closed", false},
+    {L"23:58:31", L"North 380 kV  Q4 opened by operator", true},
+    {L"23:41:05", L"North 380 kV  Q4 interlock released"},
+};
+
+constexpr int kListPadding = 4;  // around a row's text, at 96 DPI
+
+struct ListStyle {
+  const wchar_t* list;      // the colour list it is painted with: AL1, EL
+  const wchar_t* title_en;
+  const wchar_t* title_de;
+};
+constexpr ListStyle kAlarmList{L"AL1", L"Alarm list", L"Alarmliste"};
+constexpr ListStyle kEventList{L"EL", L"Event list", L"Ereignisliste"};
+
+// A colour of a received list; `fallback` until the control has sent one.
+COLORREF ListColour(const std::vector<ColorList>& lists, const wchar_t* list, const wchar_t* key, COLORREF fallback) {
+  for (const ColorList& found : lists)
+    if (found.name == list)
+      for (const auto& [name, value] : found.colours)
+        if (name == key && value >= 0 && value <= 0xFFFFFF) return static_cast<COLORREF>(value);
+  return fallback;
+}
+
+void Fill(HDC dc, RECT rect, COLORREF colour) {
+  SetBkColor(dc, colour);
+  ExtTextOutW(dc, 0, 0, ETO_OPAQUE, &rect, nullptr, 0, nullptr);
+}
+
+// One list: its title above, then the rows on the list's background, separated by its
+// grid lines, in its text colour; the event list draws a day break line in its own colour.
+void PaintList(HDC dc, RECT area, const ListStyle& style, const std::vector<ColorList>& lists, const Row* rows,
+               std::size_t count, bool german, int dpi) {
+  const COLORREF background = ListColour(lists, style.list, L"BG", RGB(255, 255, 255));
+  const COLORREF grid = ListColour(lists, style.list, L"GL", RGB(192, 192, 192));
+  const COLORREF text = ListColour(lists, style.list, L"TXT", RGB(0, 0, 0));
+  const COLORREF day_break = ListColour(lists, style.list, L"DB", grid);
+  TEXTMETRICW metrics{};
+  GetTextMetricsW(dc, &metrics);
+  const int pad = MulDiv(kListPadding, dpi, 96), line = metrics.tmHeight + 2 * pad;
+
+  SetBkMode(dc, TRANSPARENT);
+  SetTextColor(dc, GetSysColor(COLOR_BTNTEXT));
+  const std::wstring title = german ? style.title_de : style.title_en;
+  TextOutW(dc, area.left, area.top, title.c_str(), static_cast<int>(title.size()));
+  RECT box{area.left, area.top + line, area.right, area.top + line * (1 + static_cast<int>(count))};
+  if (box.bottom > area.bottom) box.bottom = area.bottom;
+  Fill(dc, box, background);
+
+  SIZE time_size{};
+  GetTextExtentPoint32W(dc, L"00:00:00", 8, &time_size);
+  const int column = box.left + time_size.cx + 3 * pad;
+  SetTextColor(dc, text);
+  for (std::size_t i = 0; i < count; ++i) {
+    const int top = box.top + line * static_cast<int>(i);
+    if (top + line > box.bottom) break;
+    const RECT rule{box.left, top + line - 1, box.right, top + line};
+    Fill(dc, rule, grid);
+    if (rows[i].day_break_before) {
+      const RECT mark{box.left, top, box.right, top + MulDiv(2, dpi, 96)};
+      Fill(dc, mark, day_break);
+    }
+    TextOutW(dc, box.left + pad, top + pad, rows[i].time, static_cast<int>(wcslen(rows[i].time)));
+    TextOutW(dc, column + pad, top + pad, rows[i].text, static_cast<int>(wcslen(rows[i].text)));
+  }
+  Fill(dc, RECT{column, box.top, column + 1, box.bottom}, grid);
+  FrameRect(dc, &box, static_cast<HBRUSH>(GetStockObject(DKGRAY_BRUSH)));
 }
 
 // ---- The screenshot --------------------------------------------------------------
@@ -256,6 +348,7 @@ class Display {
   LRESULT Handle(UINT message, WPARAM wparam, LPARAM lparam);
   void OnCreate();
   void OnSize(int width, int height);
+  void OnPaint();
   void OnCommand(int id);
   void OnStart();
   void OnTimer();
@@ -272,6 +365,7 @@ class Display {
 
   Options options_;
   HWND window_ = nullptr, button_ = nullptr, log_ = nullptr;
+  RECT alarm_area_{}, event_area_{};
   GdiObject font_;
   int dpi_ = 96;
   int log_width_ = 0;  // of the widest log line, for the horizontal scroll bar
@@ -298,7 +392,7 @@ bool Display::Create() {
   type.lpszClassName = kWindowClass;
   RegisterClassExW(&type);
   return CreateWindowExW(0, kWindowClass, L"Corvana process display (demo)", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
-                         CW_USEDEFAULT, CW_USEDEFAULT, 760, 480, nullptr, nullptr, type.hInstance, this) != nullptr;
+                         CW_USEDEFAULT, CW_USEDEFAULT, 820, 460, nullptr, nullptr, type.hInstance, this) != nullptr;
 }
 
 int Display::Run() {
@@ -337,6 +431,9 @@ LRESULT Display::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
       return 0;
     case WM_SIZE:
       OnSize(LOWORD(lparam), HIWORD(lparam));
+      return 0;
+    case WM_PAINT:
+      OnPaint();
       return 0;
     case WM_COMMAND:
       OnCommand(LOWORD(wparam));
@@ -380,8 +477,35 @@ void Display::OnCreate() {
 void Display::OnSize(int width, int height) {
   const int margin = MulDiv(8, dpi_, 96), button_height = MulDiv(28, dpi_, 96);
   MoveWindow(button_, margin, margin, MulDiv(110, dpi_, 96), button_height, TRUE);
-  const int top = 2 * margin + button_height;
-  MoveWindow(log_, margin, top, std::max(0, width - 2 * margin), std::max(0, height - top - margin), TRUE);
+  // The two lists side by side under the button, the log of the control's calls below them.
+  // A list is its title and its rows, each a text line with padding (as PaintList draws them).
+  int text_height = MulDiv(16, dpi_, 96);
+  if (HDC dc = GetDC(window_)) {
+    const HGDIOBJ old = SelectObject(dc, font_.get());
+    TEXTMETRICW metrics{};
+    if (GetTextMetricsW(dc, &metrics)) text_height = metrics.tmHeight;
+    SelectObject(dc, old);
+    ReleaseDC(window_, dc);
+  }
+  const int rows = static_cast<int>(std::max(std::size(kAlarms), std::size(kEvents)));
+  const int top = 2 * margin + button_height, lists_height = (rows + 1) * (text_height + 2 * MulDiv(kListPadding, dpi_, 96));
+  const int half = std::max(0, (width - 3 * margin) / 2);
+  alarm_area_ = {margin, top, margin + half, top + lists_height};
+  event_area_ = {2 * margin + half, top, 2 * margin + 2 * half, top + lists_height};
+  const int log_top = top + lists_height + margin;
+  MoveWindow(log_, margin, log_top, std::max(0, width - 2 * margin), std::max(0, height - log_top - margin), TRUE);
+  InvalidateRect(window_, nullptr, TRUE);
+}
+
+void Display::OnPaint() {
+  PAINTSTRUCT paint;
+  HDC dc = BeginPaint(window_, &paint);
+  const HGDIOBJ old = SelectObject(dc, font_.get());
+  const bool german = options_.language == L"DE";
+  PaintList(dc, alarm_area_, kAlarmList, lists_, kAlarms, std::size(kAlarms), german, dpi_);
+  PaintList(dc, event_area_, kEventList, lists_, kEvents, std::size(kEvents), german, dpi_);
+  SelectObject(dc, old);
+  EndPaint(window_, &paint);
 }
 
 void Display::OnCommand(int id) {
@@ -395,12 +519,22 @@ void Display::OnStart() {
   const bool shown = ShowEditor();
   KillTimer(window_, kScreenshotTimer);
   PrintSummary(shown);
+  bool display_written = true;
+  if (!options_.display_screenshot.empty()) {
+    RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    RECT rect;
+    GetWindowRect(window_, &rect);
+    display_written = SaveScreenRect(rect, options_.display_screenshot);
+  }
   if (!shot_.taken) {
     Print(L"demo_display: the editor window did not appear (Show returned without showing a window of class " +
           std::wstring(kEditorClass) + L")");
     exit_code_ = 3;
   } else if (!shot_.written) {
     Print(L"demo_display: could not write " + options_.screenshot);
+    exit_code_ = 4;
+  } else if (!display_written) {
+    Print(L"demo_display: could not write " + options_.display_screenshot);
     exit_code_ = 4;
   }
   DestroyWindow(window_);
@@ -543,6 +677,8 @@ void Display::Received(const std::wstring& expression) {
   if (lists.empty()) return;
   lists_ = std::move(lists);
   for (const ColorList& list : lists_) Log(L"  " + Describe(list));
+  InvalidateRect(window_, &alarm_area_, FALSE);
+  InvalidateRect(window_, &event_area_, FALSE);
 }
 
 void Display::PrintSummary(bool shown) const {
@@ -558,7 +694,8 @@ int wmain(int argc, wchar_t** argv) {
   _setmode(_fileno(stdout), _O_BINARY);  // UTF-8 lines with plain "\n"
   demo::Options options;
   if (!demo::ParseOptions(argc, argv, options)) {
-    demo::Print(L"usage: demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] [--screenshot <file.bmp>]");
+    demo::Print(L"usage: demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] "
+                L"[--screenshot <editor.bmp> [--display-screenshot <display.bmp>]]");
     return 2;
   }
   const demo::OleScope ole;

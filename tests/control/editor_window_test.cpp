@@ -330,7 +330,7 @@ TEST_F(EditorWindow, BadTablesAndAStaleOwnerOpenTheEditorOrRefuseWithAMessage) {
       {"every line unreadable", unreadable, false, L"", L"Unreadable", L"Unreadable"},
       {"twenty lines", twenty, false, L"", L"Unreadable", L"(0, 0, 153)"},
       {"deleted", "-", false, L"Color table file not found: ", L"", L""},
-      {"an owner that is not a window", "", true, L"", L"(0, 153, 204)", L""},
+      {"an owner that is not a window", "", true, L"", L"(255, 255, 255)", L""},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
