@@ -15,7 +15,7 @@
 #ifdef _WIN32
 #include "win32/win_platform.h"
 #else
-#include "common/posix_platform.h"
+#include "posix/posix_platform.h"
 #endif
 
 namespace tq::test {
@@ -23,7 +23,7 @@ namespace tq::test {
 #ifdef _WIN32
 using RealPlatformType = win::WinPlatform;
 #else
-using RealPlatformType = PosixPlatform;
+using RealPlatformType = posix::PosixPlatform;
 #endif
 
 // A shared instance of the real platform, for reading and writing test files.
