@@ -1,5 +1,5 @@
 # The two commands of the README; everything else is reached through them.
-.PHONY: test demo deps bench fuzz samples screenshots
+.PHONY: test demo deps bench fuzz samples screenshots package
 deps:
 	@tools/install-deps
 
@@ -33,3 +33,8 @@ bench: deps
 # The libFuzzer targets, two minutes each.
 fuzz: deps
 	@tools/run-fuzz 120
+
+# The installer build/package/TqColorSettingTool-<version>.msi (x64 and x86 controls with
+# their language libraries), made with wixl from the win64 and win32 builds.
+package: deps
+	@tools/build-package
