@@ -186,4 +186,28 @@ std::string RowName(int row, const VoltageRowNames& voltage_names) {
   return GetString(RowNameId(row));
 }
 
+IndexCatalogue::IndexCatalogue() : strip_(TabStrip(true)) {
+  VoltageLevels levels;
+  for (int k = 1; k <= 10; ++k) levels.names.push_back("Voltage level " + std::to_string(k));
+  levels.count = static_cast<int>(levels.names.size());
+  ColorTableArray unused;
+  voltage_names_ = InitColorRowMap(map_, unused, levels, /*pipeline_enabled=*/true);
+}
+
+bool IndexCatalogue::Shown(int index) const {
+  return index >= 0 && index < kClutIndexCount && map_[index] >= 0 && FindColorRow(map_, map_[index]) == index;
+}
+
+std::string IndexCatalogue::Name(int index) const { return Shown(index) ? RowName(map_[index], voltage_names_) : ""; }
+
+std::string IndexCatalogue::Tab(int index) const { return Shown(index) ? GetTabCaptionOfRow(strip_, map_[index]) : ""; }
+
+std::string IndexCatalogue::Category(int index) const { return Shown(index) ? GetCategoryNameOfRow(map_[index]) : ""; }
+
+std::string IndexCatalogue::Label(int index) const {
+  const std::string tab = Tab(index), category = Category(index);
+  if (index < kClutStandardCount || tab.empty()) return Name(index);
+  return tab + (category.empty() ? "" : " (" + category + ")") + ": " + Name(index);
+}
+
 }  // namespace tq

@@ -144,4 +144,26 @@ inline bool IsRowShown(const ColorRowMapArray& map, int row) { return FindColorR
 // The row's name: string 101 + row, rows 60-79 from the voltage-level step.
 std::string RowName(int row, const VoltageRowNames& voltage_names);
 
+// The colour indexes as the editor shows them away from a host (tools, reports):
+// every page, pipelines included, and ten voltage levels named "Voltage level k".
+class IndexCatalogue {
+ public:
+  IndexCatalogue();
+  // Whether a row shows the index (a row shows the first index placed in it).
+  bool Shown(int index) const;
+  // The row's name; "" for an index no row shows.
+  std::string Name(int index) const;
+  // The tab and category of a list colour's row ("" for other pages).
+  std::string Tab(int index) const;
+  std::string Category(int index) const;
+  // The name, for the list colours with their page, which the names repeat on:
+  // "Trends Display (Tabular View): Text".
+  std::string Label(int index) const;
+
+ private:
+  ColorRowMapArray map_;
+  VoltageRowNames voltage_names_;
+  std::vector<int> strip_;
+};
+
 }  // namespace tq

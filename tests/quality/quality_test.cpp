@@ -1,0 +1,187 @@
+// The colour quality module against published numbers (CIEDE2000 test pairs, the
+// simulation matrices, WCAG contrast), and its rules run on our two factory tables.
+#include "quality/color_quality.h"
+
+#include "editor/catalogue.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <set>
+#include <sstream>
+
+namespace tq::quality {
+namespace {
+
+constexpr std::int32_t Rgb(int r, int g, int b) { return r | g << 8 | b << 16; }
+
+std::string SourceFile(const std::string& relative) {
+  std::ifstream in(std::string(TQ_SOURCE_DIR) + "/" + relative, std::ios::binary);
+  std::stringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+// The data lines of a reference table: its "#" comments and the CSV header left out.
+std::vector<std::string> DataLines(const std::string& relative) {
+  std::vector<std::string> lines;
+  std::istringstream in(SourceFile(relative));
+  for (std::string line; std::getline(in, line);)
+    if (!line.empty() && line[0] != '#' && line[0] != 'L') lines.push_back(line);
+  return lines;
+}
+
+TEST(QualityCiede2000, MatchesThePublishedPairsInBothOrders) {
+  const std::vector<std::string> rows = DataLines("tests/data/ciede2000-sharma-2005.csv");
+  ASSERT_EQ(rows.size(), 34u);
+  for (const std::string& row : rows) {
+    Lab first, second;
+    double expected;
+    ASSERT_EQ(std::sscanf(row.c_str(), "%lf,%lf,%lf,%lf,%lf,%lf,%lf", &first.L, &first.a, &first.b, &second.L,
+                          &second.a, &second.b, &expected), 7) << row;
+    EXPECT_NEAR(Ciede2000(first, second), expected, 1e-4) << row;
+    EXPECT_NEAR(Ciede2000(second, first), expected, 1e-4) << row;
+  }
+}
+
+TEST(QualityContrast, KnownRatiosInEitherOrder) {
+  struct Case { std::int32_t a, b; double ratio; };
+  const Case cases[] = {
+      {Rgb(255, 255, 255), Rgb(0, 0, 0), 21.0},     {Rgb(0x76, 0x76, 0x76), Rgb(255, 255, 255), 4.54},
+      {Rgb(0x77, 0x77, 0x77), Rgb(255, 255, 255), 4.48}, {Rgb(255, 0, 0), Rgb(0, 0, 0), 5.25},  // red in the low byte
+      {Rgb(0, 0, 255), Rgb(0, 0, 0), 2.44},         {Rgb(255, 0, 0), Rgb(255, 255, 255), 4.00},
+      {Rgb(10, 10, 10), Rgb(10, 10, 10), 1.0},
+  };
+  for (const Case& c : cases) {
+    EXPECT_NEAR(ContrastRatio(c.a, c.b), c.ratio, 0.005) << std::hex << c.a << " on " << c.b;
+    EXPECT_DOUBLE_EQ(ContrastRatio(c.a, c.b), ContrastRatio(c.b, c.a));
+  }
+  const Lab white = ToLab(Rgb(255, 255, 255));
+  EXPECT_NEAR(white.L, 100, 1e-9);
+  EXPECT_NEAR(std::hypot(white.a, white.b), 0, 1e-9);
+}
+
+TEST(QualitySimulation, MatricesAreThePublishedOnes) {
+  std::istringstream in(SourceFile("tests/data/cvd-machado-2009.txt"));
+  int found = 0;
+  for (std::string word; in >> word;) {
+    if (word[0] == '#') {
+      std::getline(in, word);
+      continue;
+    }
+    const Vision vision = word == "protanopia"     ? Vision::Protanopia
+                          : word == "deuteranopia" ? Vision::Deuteranopia
+                                                   : Vision::Tritanopia;
+    ASSERT_EQ(VisionName(vision), word);
+    Matrix3 published;
+    for (auto& row : published)
+      for (double& v : row) ASSERT_TRUE(in >> v) << word;
+    EXPECT_EQ(SimulationMatrix(vision), published) << word;
+    ++found;
+  }
+  EXPECT_EQ(found, 3);
+}
+
+TEST(QualitySimulation, MixesChannelsInLinearLightAndKeepsGreys) {
+  struct Case { Vision vision; std::int32_t in, out; };
+  const Case cases[] = {
+      {Vision::Protanopia, Rgb(255, 0, 0), Rgb(109, 95, 0)},      {Vision::Deuteranopia, Rgb(0, 255, 0), Rgb(239, 214, 58)},
+      {Vision::Tritanopia, Rgb(0, 0, 255), Rgb(0, 107, 150)},     {Vision::Tritanopia, Rgb(255, 128, 0), Rgb(255, 98, 109)},
+      {Vision::Protanopia, Rgb(0, 128, 255), Rgb(41, 142, 255)},  {Vision::Normal, Rgb(1, 2, 3), Rgb(1, 2, 3)},
+  };
+  for (const Case& c : cases) EXPECT_EQ(Simulate(c.in, c.vision), c.out) << VisionName(c.vision) << " " << std::hex << c.in;
+  for (Vision vision : kVisions)
+    for (int grey : {0, 64, 128, 200, 255}) EXPECT_EQ(Simulate(Rgb(grey, grey, grey), vision), Rgb(grey, grey, grey));
+}
+
+ColourTable Uniform(std::int32_t colour) {
+  ColourTable t;
+  t.fill(colour);
+  return t;
+}
+
+TEST(QualityRules, PairUpAsTheRuleSaysAndSetAsideUnusableColours) {
+  for (const Rule& rule : Rules()) {
+    std::set<int> named;
+    for (const auto& list : rule.lists)
+      for (int index : list) {
+        EXPECT_TRUE(index >= 0 && index < kClutIndexCount) << rule.id;
+        EXPECT_TRUE(named.insert(index).second) << rule.id << " names " << index << " twice";
+      }
+  }
+  ColourTable t = Uniform(Rgb(128, 128, 128));
+  t[45] = kClutNotDefined;
+  t[256] = kClutUnreadable;
+  std::map<std::string_view, int> measured;
+  std::vector<std::string> uncheckable;
+  const std::vector<Finding> findings = Check(t, [](int i) { return "c" + std::to_string(i); });
+  const std::string report = FormatReport(findings, "  ");
+  EXPECT_TRUE(report.ends_with("\n  0 of " + std::to_string(findings.size()) + " checks pass\n")) << report;
+  for (const Finding& f : findings) {
+    ASSERT_EQ(f.names.size(), f.indexes.size());
+    EXPECT_EQ(f.names.back(), "c" + std::to_string(f.indexes.back()));
+    if (!f.checked) {
+      uncheckable.push_back(FormatFinding(f));
+      continue;
+    }
+    ++measured[f.rule];
+    EXPECT_NE(f.indexes[0], 45);
+    EXPECT_NE(f.indexes[1], 256);
+    EXPECT_FALSE(f.pass) << FormatFinding(f);  // one grey everywhere fails every rule
+  }
+  EXPECT_EQ(uncheckable, (std::vector<std::string>{"CANNOT CHECK text.alarm_list: 256 c256 is unreadable",
+                                                   "CANNOT CHECK graphic.abnormal_status: 45 c45 is not defined",
+                                                   "CANNOT CHECK distinct.status_groups: 45 c45 is not defined"}));
+  EXPECT_EQ(measured["text.alarm_list"], 0);
+  EXPECT_EQ(measured["text.trend_table"], 2);
+  EXPECT_EQ(measured["graphic.abnormal_status"], 14);
+  // 16 colours in groups of 4, 3, 4, 4 and 1: 99 pairs across groups, 12 of them with
+  // index 45; four visions.
+  EXPECT_EQ(measured["distinct.status_groups"], (99 - 12) * 4);
+  EXPECT_EQ(measured["distinct.tagout_severities"], 6 * 4);
+}
+
+TEST(QualityRules, NamesComeFromTheEditorsRows) {
+  const IndexCatalogue names;
+  EXPECT_EQ(names.Label(45), "Alarm");
+  EXPECT_EQ(names.Label(23), "Process Display Background");
+  EXPECT_EQ(names.Label(110), "Highest Severity (Emergency)");
+  EXPECT_EQ(names.Label(258), "Alarm Display: Text");
+  EXPECT_EQ(names.Label(273), "Trends Display (Tabular View): Background Shading");
+  EXPECT_EQ(names.Label(259), "");  // reserved, no row
+  EXPECT_EQ(names.Label(80), "Voltage level 1");
+}
+
+std::vector<Finding> CheckFile(const std::string& relative) {
+  const std::string bytes = SourceFile(relative);
+  EXPECT_EQ(SplitClutLines(bytes).lines.size(), 286u) << relative;
+  const IndexCatalogue names;
+  return Check(ParseColourTable(bytes), [&](int index) { return names.Label(index); });
+}
+
+// The classic look predates these rules: its failures are printed for whoever
+// tunes it, not held against it.
+TEST(QualityRules, ClassicTableReport) {
+  const std::vector<Finding> findings = CheckFile("data/QLT830_colors.clut");
+  for (const Finding& f : findings) EXPECT_TRUE(f.checked) << FormatFinding(f);
+  std::cout << "The classic table:\n" << FormatReport(findings, "  ");
+}
+
+TEST(QualityRules, HighPerformanceSchemePassesEveryRule) {
+  EXPECT_EQ(SourceFile("data/QLT830_highperformance.clut"), SourceFile("data/QLT830_highperformance$clut"));
+  const std::vector<Finding> findings = CheckFile("data/QLT830_highperformance.clut");
+  EXPECT_FALSE(findings.empty());
+  for (const Finding& f : findings) {
+    EXPECT_TRUE(f.pass) << FormatFinding(f);
+    if (f.rule.starts_with("text.")) {
+      EXPECT_TRUE(f.enhanced) << FormatFinding(f);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tq::quality

@@ -1,0 +1,273 @@
+// tqclut's commands on real files, through the same entry point as its programs
+// (natively on the POSIX platform, under Wine on the control's own); the programs
+// themselves are run by tests/tqclut/programs.sh.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iostream>
+#include <sstream>
+
+#include "colortable/clut_format.h"
+#include "common/test_platform.h"
+#include "tqclut/tqclut.h"
+#ifdef _WIN32
+#include "common/win_test_support.h"
+#else
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "locking/lock_file_creator.h"
+#endif
+
+namespace tq {
+namespace {
+
+using clut_tool::kExitClean;
+using clut_tool::kExitError;
+using clut_tool::kExitFindings;
+
+std::string Source(const std::string& relative) {
+  std::string bytes;
+  EXPECT_TRUE(test::RealPlatform().ReadFile(std::string(TQ_SOURCE_DIR) + "/" + relative, bytes)) << relative;
+  return bytes;
+}
+
+class Tqclut : public ::testing::Test {
+ protected:
+  struct Result {
+    int code;
+    std::string out, err;
+  };
+
+  Result Run(const std::vector<std::string>& args) {
+    std::ostringstream out, err;
+    const int code = clut_tool::Run(p_, args, out, err);
+    return {code, out.str(), err.str()};
+  }
+  std::string Read(const std::string& path) {
+    std::string bytes;
+    p_.ReadFile(path, bytes);
+    return bytes;
+  }
+  std::string Write(const std::string& name, const std::string& bytes) {
+    const std::string path = dir_ / name;
+    EXPECT_TRUE(p_.WriteNewFile(path, bytes));
+    return path;
+  }
+
+  test::TestPlatform p_;
+  test::ScratchFolder dir_;
+  const std::string factory_ = Source("data/QLT830_colors.clut");
+};
+
+TEST_F(Tqclut, ShowCheckSetAndDiffOnTheFactoryTable) {
+  const std::string table = Write("QLT830_colors.clut", factory_);
+
+  const Result show = Run({"show", table});
+  EXPECT_EQ(show.code, kExitClean);
+  EXPECT_EQ(std::count(show.out.begin(), show.out.end(), '\n'), kClutIndexCount);
+  EXPECT_NE(show.out.find(" 23  #000000     (  0,   0,   0)  Process Display Background\n"), std::string::npos);
+  EXPECT_EQ(show.out.find("\x1b["), std::string::npos);  // no swatches into a pipe
+
+  const Result check = Run({"check", table});
+  EXPECT_NE(check.out.find("  version:     93.07 (current)\n  lines:       286, line ends CR LF\n"
+                           "  unreadable:  none\n  not defined: none\n"),
+            std::string::npos)
+      << check.out;
+  std::cout << check.out;  // the classic table's quality, for the log
+
+  const std::string copy = Write("copy.clut", factory_);
+  const Result set = Run({"set", copy, "23", "128,128,128"});
+  EXPECT_EQ(set.code, kExitClean) << set.err;
+  std::vector<std::string> expected = SplitClutLines(factory_).lines;
+  expected[23] = "128  128  128  # 23: Process display background";
+  EXPECT_EQ(Read(copy), JoinClutLines(expected));  // one line changed, its comment kept
+  EXPECT_FALSE(p_.FileExists(copy + ".lock"));      // the lock is given back
+
+  for (const auto& [colour, line] : std::vector<std::pair<std::vector<std::string>, std::string>>{
+           {{"#1A2B3C"}, "# 26   43   60  # 256"}, {{"1 2 3"}, "#  1    2    3  # 256"}, {{"4", "5", "6"}, "#  4    5    6  # 256"}}) {
+    std::vector<std::string> args = {"set", copy, "256"};
+    args.insert(args.end(), colour.begin(), colour.end());
+    EXPECT_EQ(Run(args).code, kExitClean);
+    EXPECT_EQ(SplitClutLines(Read(copy)).lines[256].substr(0, line.size()), line);
+  }
+
+  const Result diff = Run({"diff", table, copy});
+  EXPECT_EQ(diff.code, kExitFindings);
+  EXPECT_EQ(diff.out,
+            " 23  #000000     -> #808080      Process Display Background\n"
+            "256  #000000     -> #040506      Alarm Display: Background\n"
+            "2 of 286 colours differ\n");
+  EXPECT_EQ(Run({"diff", table, table}).code, kExitClean);
+}
+
+TEST_F(Tqclut, ImportAfterExportGivesTheSameColoursAndUpgradeKeepsWhatTheUserSet) {
+  const std::string table = Write("QLT830_colors.clut", factory_);
+  const std::string ini = dir_ / "colours.ini";
+  const Result exported = Run({"export", table, ini});
+  ASSERT_EQ(exported.code, kExitClean) << exported.err;
+  EXPECT_EQ(p_.IniRead("Logical Colors", "Index_23", ini), "0    0    0  # 23: Process Display Background");
+
+  // Every exported colour changed in a copy, then imported back.
+  std::vector<std::string> lines = SplitClutLines(factory_).lines;
+  for (int i = 0; i < kClutIndexCount; ++i) lines[i] = FormatClutLine(i, 0x010203) + "  # mine";
+  const std::string other = Write("other.clut", JoinClutLines(lines));
+  const Result imported = Run({"import", ini, other});
+  ASSERT_EQ(imported.code, kExitClean) << imported.err;
+  const Result diff = Run({"diff", table, other});
+  // Only indexes no row of the editor shows keep the copy's colour.
+  std::istringstream differences(diff.out);
+  int shown_differences = 0;
+  for (std::string line; std::getline(differences, line);)
+    if (line.find("(not shown by the editor)") == std::string::npos && line.find(" colours differ") == std::string::npos)
+      ++shown_differences;
+  EXPECT_EQ(shown_differences, 0) << diff.out;
+
+  // An old table and its reference: the upgrade takes the changed indexes from the reference.
+  lines = SplitClutLines(factory_).lines;
+  lines[0] = "  0    0    0  # 0: Black Version=93.05";
+  for (int i : {17, 18, 26, 100}) lines[i] = FormatClutLine(i, 0x0A0B0C) + "  # old " + std::to_string(i);
+  const std::string old = Write("old.clut", JoinClutLines(lines));
+  const std::string before = Write("before.clut", JoinClutLines(lines));
+  Write("old$clut", factory_);
+  p_.allow_unscripted = true;  // without a toolkit home the upgrade says so, and carries on
+  const Result upgrade = Run({"upgrade", old});
+  EXPECT_EQ(upgrade.code, kExitClean) << upgrade.err;
+  EXPECT_EQ(upgrade.out, old + ": version 93.05 -> 93.07 (changed colours taken from old$clut)\n");
+  EXPECT_NE(Run({"check", old}).out.find("93.07 (current)"), std::string::npos);
+  const Result changes = Run({"diff", before, old});
+  EXPECT_EQ(changes.code, kExitFindings);
+  // 18, 26 and 100 changed their meaning since 93.05; 17 did not.
+  for (const char* line : {" 18  #0C0B0A     -> ", " 26  #0C0B0A     -> ", "100  #0C0B0A     -> "})
+    EXPECT_NE(changes.out.find(line), std::string::npos) << changes.out;
+  EXPECT_EQ(changes.out.find(" 17  "), std::string::npos) << changes.out;
+  EXPECT_EQ(Run({"upgrade", old}).out, old + ": already version 93.07\n");
+}
+
+TEST_F(Tqclut, BadInputGivesOneLineAndTheRightExitCodeAndWritesNothing) {
+  const std::string table = Write("QLT830_colors.clut", factory_);
+  const std::string missing = dir_ / "missing.clut";
+  const struct {
+    std::vector<std::string> args;
+    int code;
+    std::string error;  // the start of standard error after "tqclut: "
+  } cases[] = {
+      {{}, kExitError, ""},
+      {{"frobnicate"}, kExitError, "unknown command \"frobnicate\""},
+      {{"set", table, "23"}, kExitError, "set: wrong number of arguments"},
+      {{"set", table, "23", "#GGHHII"}, kExitError, "\"#GGHHII\" is not a colour"},
+      {{"set", table, "23", "256,0,0"}, kExitError, "\"256,0,0\" is not a colour"},
+      {{"set", table, "23", "1", "2"}, kExitError, "\"1 2\" is not a colour"},
+      {{"set", table, "286", "#000000"}, kExitError, "colour index 286 is out of range"},
+      {{"set", table, "-1", "#000000"}, kExitError, "colour index -1 is out of range"},
+      {{"set", table, "x1", "#000000"}, kExitError, "\"x1\" is not a colour index"},
+      {{"set", missing, "1", "#000000"}, kExitError, missing + ": no such file"},
+      {{"set", dir_.path(), "1", "#000000"}, kExitError, dir_.path()},
+      {{"check", missing}, kExitError, missing + ": no such file"},
+      {{"show", dir_.path()}, kExitError, dir_.path()},
+      {{"diff", table, missing}, kExitError, missing + ": no such file"},
+      {{"import", missing, table}, kExitError, missing + ": no such file"},
+      {{"import", table, table}, kExitError, table + " has no colours"},
+      {{"export", table, dir_.path()}, kExitError, dir_.path()},
+  };
+  for (const auto& c : cases) {
+    const Result r = Run(c.args);
+    std::string line = "tqclut " + (c.args.empty() ? std::string() : c.args[0]);
+    EXPECT_EQ(r.code, c.code) << line;
+    EXPECT_EQ(r.out, "") << line;
+    if (!c.error.empty()) {
+      EXPECT_EQ(r.err.rfind("tqclut: " + c.error, 0), 0u) << line << ": " << r.err;
+      EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+    }
+  }
+  EXPECT_EQ(Read(table), factory_);
+  EXPECT_FALSE(p_.FileExists(table + ".lock"));
+  EXPECT_EQ(p_.ListFileNames(dir_.path()), std::vector<std::string>{"QLT830_colors.clut"});
+
+  const Result help = Run({"set", "--help"});
+  EXPECT_EQ(help.code, kExitClean);
+  EXPECT_EQ(help.out.rfind("usage: tqclut set FILE INDEX COLOUR\n", 0), 0u);
+}
+
+TEST_F(Tqclut, CheckReportsJunkTablesLineByLineAndNeverFails) {
+  std::string long_table;
+  for (int i = 0; i < 5000; ++i) long_table += "1 2 3\n";
+  const struct {
+    const char* what;
+    std::string bytes;
+    const char* expected;  // in the report
+  } junk[] = {
+      {"empty", "", "lines:       0 (286 missing), line ends none"},
+      {"NUL bytes", std::string(300, '\0'), "no version marker"},
+      {"lone CRs", std::string(400, '\r'), "lines:       1 (285 missing)"},
+      {"LF only", long_table, "lines:       5000, line ends LF"},
+      {"mixed ends", "0 0 0 # Version=93.07\r\n1 2 3\n-1 -1 -1\r\n", "line ends mixed (2 CR LF, 1 LF)"},
+      {"numbers out of range", "70000 0 0 # Version=93.07\n-5 1 1\n1e3 2 2\n", "unreadable:  lines 1 (index 0), 2 (index 1), 3 (index 2)"},
+      {"not defined", "0 0 0 # Version=93.07\n-1 -1 -1\n", "not defined: lines 2 (index 1)"},
+      {"old version", "0 0 0 # Version=93.02\n", "93.02 (old: tqclut upgrade brings it to 93.07)"},
+      {"binary", std::string("\xff\xfe\x00\x01\x80\x81", 6), "unreadable:  lines 1 (index 0)"},
+  };
+  for (const auto& j : junk) {
+    const std::string file = Write("junk.clut", j.bytes);
+    const Result r = Run({"check", file});
+    EXPECT_EQ(r.code, kExitFindings) << j.what;
+    EXPECT_NE(r.out.find(j.expected), std::string::npos) << j.what << ":\n" << r.out;
+    const Result json = Run({"check", "--json", file});
+    EXPECT_EQ(json.code, kExitFindings) << j.what;
+    EXPECT_EQ(json.out.rfind("[{\"file\":", 0), 0u) << json.out;
+    EXPECT_EQ(json.out.find(std::string(1, '\0')), std::string::npos);
+  }
+}
+
+TEST_F(Tqclut, AWriteIsRefusedWithTheHoldersNameWhileAnotherProcessHoldsTheLock) {
+  const std::string table = Write("QLT830_colors.clut", factory_);
+#ifdef _WIN32
+  test::HelperProcess holder("hold-lock", {table, "Other Display", "operator7", "20000"});
+  ASSERT_TRUE(holder.ready());
+#else
+  int ready[2];
+  ASSERT_EQ(::pipe(ready), 0);
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {  // the other process: holds the lock until the test ends it
+    posix::PosixPlatform platform;
+    clsLockFileCreator lock(platform);
+    std::string app = "Other Display", user = "operator7";
+    const bool locked = lock.CreateLockFile(table, app, user, LockMode::Open, true) == LockResult::Locked;
+    (void)!::write(ready[1], locked ? "1" : "0", 1);
+    ::pause();
+    ::_exit(0);
+  }
+  char locked = '0';
+  ASSERT_EQ(::read(ready[0], &locked, 1), 1);
+  ASSERT_EQ(locked, '1');
+  struct Reaper {
+    pid_t pid;
+    ~Reaper() {
+      ::kill(pid, SIGKILL);
+      ::waitpid(pid, nullptr, 0);
+    }
+  } reaper{child};
+#endif
+  p_.allow_unscripted = true;  // the refusal is a message; tqclut's console answers it
+  const std::string ini = Write("colours.ini", "[Logical Colors]\r\nIndex_23=1 2 3\r\n");
+  for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
+           {"set", table, "23", "#010203"}, {"import", ini, table}}) {
+    p_.prompts.clear();
+    const Result r = Run(args);
+    EXPECT_EQ(r.code, kExitError) << args[0];
+    EXPECT_NE(r.err.find("is locked by another editor or tool"), std::string::npos) << r.err;
+    ASSERT_EQ(p_.prompts.size(), 1u) << args[0];
+    EXPECT_NE(p_.prompts[0].text.find("Other Display"), std::string::npos) << p_.prompts[0].text;
+    EXPECT_NE(p_.prompts[0].text.find("operator7"), std::string::npos) << p_.prompts[0].text;
+  }
+  EXPECT_EQ(Read(table), factory_);
+}
+
+TEST(TqclutMessages, ABoxBecomesOneLine) {
+  EXPECT_EQ(clut_tool::MessageLine("Open C:\\a.clut", "C:\\a.clut\r\nis already opened.\r\n\r\nUser: op\r\n"),
+            "tqclut: Open C:\\a.clut: C:\\a.clut is already opened. User: op");
+}
+
+}  // namespace
+}  // namespace tq
