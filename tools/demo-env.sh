@@ -24,11 +24,13 @@ demo_prepare() {
   build=$(cd "$build" && pwd)
 
   # A fresh installation each run, so that no lock or edit of an earlier run gets in
-  # the way: the toolkit home with the factory tables, and an application and a user
-  # folder (the control copies the tables into the application's scheme folder).
+  # the way: the toolkit home with the factory tables (the classic and the
+  # high-performance scheme), and an application and a user folder (the control
+  # copies the tables into the application's scheme folder).
   rm -rf "$install"
   mkdir -p "$install/dvhome/etc" "$install/app/ColorSchemes" "$install/user"
-  cp "$root/data/QLT830_colors.clut" "$root/data/QLT830_colors\$clut" "$install/dvhome/etc/"
+  cp "$root/data/QLT830_colors.clut" "$root/data/QLT830_colors\$clut" \
+    "$root/data/QLT830_highperformance.clut" "$root/data/QLT830_highperformance\$clut" "$install/dvhome/etc/"
   app=$(windows "$install/app")
   user=$(windows "$install/user")
 
