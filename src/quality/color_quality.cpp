@@ -5,8 +5,6 @@
 #include <cstdio>
 #include <numbers>
 
-#include "editor/catalogue.h"
-#include "support/localization.h"
 
 namespace tq::quality {
 

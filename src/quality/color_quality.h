@@ -104,7 +104,7 @@ using ColourTable = std::array<std::int32_t, kClutIndexCount>;
 using NameOf = std::function<std::string(int index)>;
 
 // Runs every rule on a table. Pairs with an unusable colour are left out; the index
-// gets one Uncheckable finding per rule instead.
+// gets one finding per rule instead, with checked false.
 std::vector<Finding> Check(const ColourTable& colours, const NameOf& name_of);
 
 // One line for a report, e.g. "FAIL text.alarm_list: 258 Alarm Display: Text /

@@ -50,8 +50,7 @@ Table ReadTable(Platform& platform, const std::string& path) {
   const ClutLines split = SplitClutLines(table.bytes);
   table.line_count = split.lines.size();
   table.lines.assign(split.lines.begin(), split.lines.begin() + std::min<std::size_t>(split.lines.size(), kClutIndexCount));
-  for (int i = 0; i < kClutIndexCount; ++i)
-    table.values[i] = i < static_cast<int>(table.lines.size()) ? ParseClutLine(table.lines[i]) : kClutUnreadable;
+  table.values = quality::ParseColourTable(table.bytes);
   return table;
 }
 
