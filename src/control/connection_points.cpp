@@ -1,6 +1,9 @@
 // IConnectionPointContainer with its one connection point, for the event
 // interface __ctlTqColorSetting (the sinks are kept by the control).
+#include <memory>
 #include <new>
+#include <utility>
+#include <vector>
 
 #include "control/control.h"
 
@@ -54,6 +57,56 @@ class PointEnumerator final : public IEnumConnectionPoints, public RefCounted {
   ULONG position_;
 };
 
+// Enumerates the connections as they were when EnumConnections was called; clones
+// share that snapshot.
+class ConnectionEnumerator final : public IEnumConnections, public RefCounted {
+ public:
+  using Snapshot = std::vector<std::pair<DWORD, ComPtr<IUnknown>>>;
+  ConnectionEnumerator(std::shared_ptr<const Snapshot> connections, ULONG position)
+      : connections_(std::move(connections)), position_(position) {}
+
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
+    static const InterfaceEntry table[] = {
+        {&IID_IUnknown, &InterfaceOf<ConnectionEnumerator, IEnumConnections>},
+        {&IID_IEnumConnections, &InterfaceOf<ConnectionEnumerator, IEnumConnections>},
+    };
+    return QueryTable(this, table, iid, out);
+  }
+  STDMETHODIMP_(ULONG) AddRef() override { return AddRefCount(); }
+  STDMETHODIMP_(ULONG) Release() override { return ReleaseCount(); }
+
+  STDMETHODIMP Next(ULONG count, CONNECTDATA* data, ULONG* fetched) override {
+    if (!data || (count > 1 && !fetched)) return E_POINTER;
+    ULONG n = 0;
+    for (; n < count && position_ < connections_->size(); ++n, ++position_) {
+      const auto& [cookie, sink] = (*connections_)[position_];
+      data[n].dwCookie = cookie;
+      sink.CopyTo(&data[n].pUnk);  // the caller releases it
+    }
+    if (fetched) *fetched = n;
+    return n == count ? S_OK : S_FALSE;
+  }
+  STDMETHODIMP Skip(ULONG count) override {
+    const ULONG left = static_cast<ULONG>(connections_->size()) - position_;
+    position_ += count <= left ? count : left;
+    return count <= left ? S_OK : S_FALSE;
+  }
+  STDMETHODIMP Reset() override {
+    position_ = 0;
+    return S_OK;
+  }
+  STDMETHODIMP Clone(IEnumConnections** clone) override {
+    if (!clone) return E_POINTER;
+    *clone = new (std::nothrow) ConnectionEnumerator(connections_, position_);
+    return *clone ? S_OK : E_OUTOFMEMORY;
+  }
+
+ private:
+  ~ConnectionEnumerator() override = default;
+  std::shared_ptr<const Snapshot> connections_;
+  ULONG position_;
+};
+
 }  // namespace
 
 STDMETHODIMP ConnectionPoint::QueryInterface(REFIID iid, void** out) {
@@ -81,8 +134,15 @@ STDMETHODIMP ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) { return con
 STDMETHODIMP ConnectionPoint::Unadvise(DWORD cookie) { return control_.Disconnect(cookie); }
 
 STDMETHODIMP ConnectionPoint::EnumConnections(IEnumConnections** connections) {
-  if (connections) *connections = nullptr;
-  return E_NOTIMPL;
+  if (!connections) return E_POINTER;
+  *connections = nullptr;
+  try {
+    auto snapshot = std::make_shared<const ConnectionEnumerator::Snapshot>(control_.Connections());
+    *connections = new ConnectionEnumerator(std::move(snapshot), 0);
+  } catch (const std::bad_alloc&) {
+    return E_OUTOFMEMORY;
+  }
+  return S_OK;
 }
 
 STDMETHODIMP ConnectionPointContainer::EnumConnectionPoints(IEnumConnectionPoints** points) {

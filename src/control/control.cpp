@@ -216,6 +216,12 @@ HRESULT ctlTqColorSetting::Connect(IUnknown* sink, DWORD* cookie) {
   return S_OK;
 }
 
+std::vector<std::pair<DWORD, ComPtr<IUnknown>>> ctlTqColorSetting::Connections() const {
+  std::vector<std::pair<DWORD, ComPtr<IUnknown>>> connections;
+  for (const Sink& s : sinks_) connections.emplace_back(s.cookie, s.sink);
+  return connections;
+}
+
 HRESULT ctlTqColorSetting::Disconnect(DWORD cookie) {
   auto found = std::find_if(sinks_.begin(), sinks_.end(), [cookie](const Sink& s) { return s.cookie == cookie; });
   if (found == sinks_.end()) return CONNECT_E_NOCONNECTION;

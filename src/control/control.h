@@ -77,6 +77,8 @@ class ctlTqColorSetting final : public _ctlTqColorSetting, public RefCounted {
 
   HRESULT Connect(IUnknown* sink, DWORD* cookie);
   HRESULT Disconnect(DWORD cookie);
+  // The connected sinks with their cookies, in the order they connected.
+  std::vector<std::pair<DWORD, ComPtr<IUnknown>>> Connections() const;
   HRESULT ActivateInPlace(IOleClientSite* site);
   HRESULT DeactivateInPlace();
 

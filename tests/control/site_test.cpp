@@ -61,6 +61,22 @@ TEST(Events, BrowsePressedReachesEverySinkAndReadsTheAnswersBack) {
     DWORD cookie1 = 0, cookie2 = 0;
     ASSERT_EQ(point->Advise(&first, &cookie1), S_OK);
     ASSERT_EQ(point->Advise(&second, &cookie2), S_OK);
+    ComPtr<IEnumConnections> connections, clone;
+    ASSERT_EQ(point->EnumConnections(&connections), S_OK);
+    CONNECTDATA data[3] = {};
+    ULONG fetched = 0;
+    EXPECT_EQ(connections->Skip(1), S_OK);
+    ASSERT_EQ(connections->Clone(&clone), S_OK);
+    ASSERT_EQ(connections->Reset(), S_OK);
+    ASSERT_EQ(connections->Next(3, data, &fetched), S_FALSE);
+    ASSERT_EQ(fetched, 2u);
+    EXPECT_EQ(data[0].dwCookie, cookie1);
+    EXPECT_EQ(data[1].dwCookie, cookie2);
+    for (ULONG i = 0; i < fetched; ++i) data[i].pUnk->Release();
+    ASSERT_EQ(clone->Next(1, data, nullptr), S_OK);  // the clone goes on where it was made
+    EXPECT_EQ(data[0].dwCookie, cookie2);
+    data[0].pUnk->Release();
+    EXPECT_EQ(clone->Skip(1), S_FALSE);
     auto* control = static_cast<tq::com::ctlTqColorSetting*>(static_cast<_ctlTqColorSetting*>(
         static_cast<IUnknown*>(object.Get())));
     // Raised by the control's own file-dialog object, as the editor's import and export will.
