@@ -256,7 +256,8 @@ int RunCheck(Platform& platform, const std::vector<std::string>& args, std::ostr
         std::snprintf(threshold, sizeof threshold, "%.2f", f.threshold);
         rules += std::string(rules.empty() ? "" : ",") + "{\"rule\":" + JsonString(f.rule) +
                  ",\"indexes\":" + JsonIndexes(f.indexes) + ",\"names\":[" + names + "],\"measured\":" + measured +
-                 ",\"threshold\":" + threshold + ",\"pass\":" + (f.pass ? "true" : "false") +
+                 ",\"threshold\":" + threshold + ",\"checked\":" + (f.checked ? "true" : "false") +
+                 ",\"pass\":" + (f.pass ? "true" : "false") + ",\"aaa\":" + (f.enhanced ? "true" : "false") +
                  ",\"vision\":" + JsonString(f.vision) + "}";
       }
       json_files += std::string(json_files.empty() ? "" : ",") + "{\"file\":" + JsonString(path) +
