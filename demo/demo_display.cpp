@@ -5,10 +5,12 @@
 // sends, and opens the editor with "Colours..."; after OK the lists repaint in the
 // new colours.
 //
-//   demo_display [--lang EN|DE] [--app <folder>] [--user <folder>]
+//   demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] [--scheme <name.clut>]
 //                [--screenshot <editor.bmp> [--display-screenshot <display.bmp>]]
 //
-// The folders default to app\ and user\ in the current folder. With --screenshot the
+// The folders default to app\ and user\ in the current folder. --scheme makes that
+// file of the application's scheme folder the user's chosen scheme (FrameWindow.ini
+// in the user folder), as choosing it in the editor and pressing OK would. With --screenshot the
 // display opens the editor at once, saves a picture of it as a 24-bit BMP, cancels
 // it, optionally saves a picture of the display itself, prints Show's result and the
 // colour lists, and ends: 0 done, 2 bad arguments or no control, 3 the editor window
@@ -48,6 +50,7 @@ struct Options {
   std::wstring app_folder, user_folder;  // absolute, ending with "\"
   std::wstring screenshot;               // "": interactive
   std::wstring display_screenshot;       // "": none
+  std::wstring scheme;                   // "": the control's ClutFile
 };
 
 // ---- Small helpers ---------------------------------------------------------------
@@ -130,6 +133,8 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options) {
       options.screenshot = value;
     else if (name == L"--display-screenshot")
       options.display_screenshot = value;
+    else if (name == L"--scheme")
+      options.scheme = value;
     else
       return false;
   }
@@ -577,6 +582,10 @@ bool Display::ConnectControl() {
         L"): is TqColorSettingTool.dll registered (regsvr32)?");
     return false;
   }
+  if (!options_.scheme.empty() &&
+      !WritePrivateProfileStringW(L"COLORSCHEMES", L"ClutFile", options_.scheme.c_str(),
+                                  (options_.user_folder + L"FrameWindow.ini").c_str()))
+    Log(L"Could not choose the scheme " + options_.scheme + L" in the user's FrameWindow.ini");
   host_.Attach(ListCommHost::Create([this](const std::wstring& line) { Log(line); },
                                     [this](const std::wstring& expression) { Received(expression); }));
   const struct {
@@ -694,7 +703,7 @@ int wmain(int argc, wchar_t** argv) {
   _setmode(_fileno(stdout), _O_BINARY);  // UTF-8 lines with plain "\n"
   demo::Options options;
   if (!demo::ParseOptions(argc, argv, options)) {
-    demo::Print(L"usage: demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] "
+    demo::Print(L"usage: demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] [--scheme <name.clut>] "
                 L"[--screenshot <editor.bmp> [--display-screenshot <display.bmp>]]");
     return 2;
   }
