@@ -4,10 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
-#include <map>
-#include <memory>
 #include <optional>
-#include <sstream>
 #include <string_view>
 
 #include "colortable/clut_format.h"
