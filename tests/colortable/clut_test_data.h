@@ -1,8 +1,6 @@
 // Our factory table (data/) for the colour table tests, and small builders of files.
 #pragma once
 
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -12,13 +10,6 @@
 #include "common/test_platform.h"
 
 namespace tq::test {
-
-inline std::string SourceFile(const std::string& relative) {
-  std::ifstream in(std::string(TQ_SOURCE_DIR) + "/" + relative, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
 
 inline std::vector<std::string> FactoryLines() { return SplitClutLines(SourceFile("data/QLT830_colors$clut")).lines; }
 
@@ -37,11 +28,10 @@ inline std::vector<std::string> OwnLines(const std::string& version) {
 // file and a lock file of `lock_content`), every index shown in the row of its number.
 inline void InstallFactoryTable(const std::string& folder, ColorTableState& state, const std::string& lock_content) {
   ResetColorSchemeModule();
-  Platform& real = RealPlatform();
   state.ClutFileName = folder + "QLT830_colors.clut";
-  real.WriteNewFile(state.ClutFileName, SourceFile("data/QLT830_colors.clut"));
-  real.WriteNewFile(folder + "QLT830_colors$clut", SourceFile("data/QLT830_colors$clut"));
-  real.WriteNewFile(state.ClutFileName + ".lock", lock_content);
+  Write(state.ClutFileName, SourceFile("data/QLT830_colors.clut"));
+  Write(folder + "QLT830_colors$clut", SourceFile("data/QLT830_colors$clut"));
+  Write(state.ClutFileName + ".lock", lock_content);
   for (int i = 0; i < kClutIndexCount; ++i) state.ColorRowMap[i] = static_cast<std::int16_t>(i);
 }
 

@@ -13,14 +13,8 @@ namespace {
 
 using Calls = std::vector<std::pair<int, std::string>>;
 
-std::string Read(const std::string& path) {
-  std::string bytes;
-  EXPECT_TRUE(test::RealPlatform().ReadFile(path, bytes)) << path;
-  return bytes;
-}
-void Write(const std::string& path, const std::string& bytes) {
-  ASSERT_TRUE(test::RealPlatform().WriteNewFile(path, bytes)) << path;
-}
+using test::Read;
+using test::Write;
 
 // Fails the n-th call (from 1) of one file operation.
 Platform::FaultHook FailNth(std::string operation, int n) {

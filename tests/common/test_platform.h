@@ -28,6 +28,11 @@ using RealPlatformType = posix::PosixPlatform;
 
 // A shared instance of the real platform, for reading and writing test files.
 Platform& RealPlatform();
+// A file's bytes, and a file written anew, through the real platform (a failure fails the test).
+std::string Read(const std::string& path);
+void Write(const std::string& path, const std::string& bytes);
+// A file of the source tree, by its path relative to the tree's root.
+std::string SourceFile(const std::string& relative);
 
 // A fresh temporary folder as the core sees paths (with trailing "\"), removed with its content.
 class ScratchFolder {

@@ -17,33 +17,14 @@ namespace tq::test {
 std::wstring W(const std::string& utf8) { return win::Widen(utf8); }
 std::string U8(const std::wstring& wide) { return win::Narrow(wide); }
 
-namespace {
-
-void RemoveTreeW(const std::wstring& folder) {
-  WIN32_FIND_DATAW data;
-  HANDLE find = FindFirstFileW((folder + L"*").c_str(), &data);
-  if (find != INVALID_HANDLE_VALUE) {
-    do {
-      const std::wstring name = data.cFileName;
-      if (name == L"." || name == L"..") continue;
-      const std::wstring full = folder + name;
-      if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
-        SetFileAttributesW(full.c_str(), FILE_ATTRIBUTE_NORMAL);
-        RemoveTreeW(full + L"\\");
-      } else {
-        SetFileAttributesW(full.c_str(), FILE_ATTRIBUTE_NORMAL);
-        DeleteFileW(full.c_str());
-      }
-    } while (FindNextFileW(find, &data));
-    FindClose(find);
-  }
-  SetFileAttributesW(folder.c_str(), FILE_ATTRIBUTE_NORMAL);
-  RemoveDirectoryW(folder.c_str());
+void RemoveTree(const std::string& folder) {  // read-only files and folders included
+  namespace fs = std::filesystem;
+  std::error_code error;
+  SetFileAttributesW(W(folder).c_str(), FILE_ATTRIBUTE_NORMAL);
+  for (fs::recursive_directory_iterator i(W(folder), error), end; !error && i != end; i.increment(error))
+    SetFileAttributesW(i->path().c_str(), FILE_ATTRIBUTE_NORMAL);
+  fs::remove_all(W(folder), error);
 }
-
-}  // namespace
-
-void RemoveTree(const std::string& folder) { RemoveTreeW(W(folder)); }
 
 std::string CreateTempFolder() {
   wchar_t temp[MAX_PATH];
@@ -55,7 +36,6 @@ std::string CreateTempFolder() {
     if (CreateDirectoryW(candidate.c_str(), nullptr)) return U8(candidate) + "\\";
   }
 }
-
 
 std::string ExeFolder() {
   wchar_t path[MAX_PATH];
@@ -172,35 +152,31 @@ void SignalReady(const std::string& event_name) {
   }
 }
 
-namespace {
-
-struct FindState {
-  std::wstring title;
-  HWND found = nullptr;
-};
-
-BOOL CALLBACK FindWindowProc(HWND window, LPARAM param) {
-  auto* state = reinterpret_cast<FindState*>(param);
-  DWORD pid = 0;
-  GetWindowThreadProcessId(window, &pid);
-  if (pid == GetCurrentProcessId() && IsWindowVisible(window) && WindowText(window) == state->title) {
-    state->found = window;
-    return FALSE;
-  }
-  return TRUE;
+bool HasClass(HWND window, const wchar_t* name) {
+  wchar_t found[64];
+  return GetClassNameW(window, found, 64) && !_wcsicmp(found, name);
 }
 
-}  // namespace
+HWND WaitForWindow(const std::function<bool(HWND)>& match, DWORD thread, DWORD timeout_ms) {
+  const ULONGLONG end = GetTickCount64() + timeout_ms;
+  for (;;) {
+    HWND found = nullptr;
+    auto check = [&](HWND window) {
+      DWORD pid = 0;
+      if ((thread || (GetWindowThreadProcessId(window, &pid), pid == GetCurrentProcessId())) &&
+          IsWindowVisible(window) && match(window))
+        found = window;
+      return !found;
+    };
+    if (thread) EachThreadWindow(thread, check);
+    else EnumWindows(&EachWindowCall<decltype(check)>, reinterpret_cast<LPARAM>(&check));
+    if (found || GetTickCount64() >= end) return found;
+    Sleep(20);
+  }
+}
 
 HWND WaitForWindow(const std::wstring& title, DWORD timeout_ms) {
-  const ULONGLONG end = GetTickCount64() + timeout_ms;
-  do {
-    FindState state{title};
-    EnumWindows(FindWindowProc, reinterpret_cast<LPARAM>(&state));
-    if (state.found) return state.found;
-    Sleep(50);
-  } while (GetTickCount64() < end);
-  return nullptr;
+  return WaitForWindow([&](HWND window) { return WindowText(window) == title; }, 0, timeout_ms);
 }
 
 std::wstring WindowText(HWND window) {

@@ -52,8 +52,25 @@ class HelperProcess {
 // Signals the helper's readiness event given on its command line.
 void SignalReady(const std::string& event_name);
 
-// A visible top-level window of this process with exactly this title; null when none
-// appears within the time-out.
+// EnumThreadWindows / EnumChildWindows with a lambda; the lambda returns false to stop.
+template <class F>
+BOOL CALLBACK EachWindowCall(HWND hwnd, LPARAM f) {
+  return (*reinterpret_cast<F*>(f))(hwnd) ? TRUE : FALSE;
+}
+template <class F>
+void EachThreadWindow(DWORD thread, F f) {
+  EnumThreadWindows(thread, &EachWindowCall<F>, reinterpret_cast<LPARAM>(&f));
+}
+template <class F>
+void EachDescendant(HWND parent, F f) {
+  EnumChildWindows(parent, &EachWindowCall<F>, reinterpret_cast<LPARAM>(&f));
+}
+bool HasClass(HWND window, const wchar_t* name);
+
+// The first visible top-level window of `thread` (0: of this process) that `match`
+// accepts, looked for until the time-out; null when none appears.
+HWND WaitForWindow(const std::function<bool(HWND)>& match, DWORD thread = 0, DWORD timeout_ms = 20000);
+// ... with exactly this title.
 HWND WaitForWindow(const std::wstring& title, DWORD timeout_ms = 20000);
 std::wstring WindowText(HWND window);
 std::wstring ItemText(HWND dialog, int item);

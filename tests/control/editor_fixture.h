@@ -35,21 +35,6 @@ using tq::SplitClutLines;
 using test::ComPtr;
 namespace ids = tq::win::editor_ids;
 
-// EnumThreadWindows / EnumChildWindows with a lambda (any calling convention); the
-// lambda returns false to stop.
-template <class F>
-BOOL CALLBACK EachWindowCall(HWND hwnd, LPARAM f) {
-  return (*reinterpret_cast<F*>(f))(hwnd) ? TRUE : FALSE;
-}
-template <class F>
-void EachThreadWindow(DWORD thread, F f) {
-  EnumThreadWindows(thread, &EachWindowCall<F>, reinterpret_cast<LPARAM>(&f));
-}
-template <class F>
-void EachDescendant(HWND parent, F f) {
-  EnumChildWindows(parent, &EachWindowCall<F>, reinterpret_cast<LPARAM>(&f));
-}
-
 // The process display's list-communication object: reports `levels` voltage levels
 // (or junk), notes every call.
 class DisplayHost final : public test::HostDispatch {
@@ -70,31 +55,22 @@ class DisplayHost final : public test::HostDispatch {
     VARIANT* value = p->rgvarg[0].pvarVal;
     VariantClear(status);
     VariantClear(value);
-    status->vt = VT_I4;
-    status->lVal = 0;
-    if (expression.rfind(L"#return network_topology_manager", 0) == 0) {
-      if (junk) {  // a vector of the wrong shape
-        value->vt = VT_BSTR;
-        value->bstrVal = SysAllocString(L"LEVELS?");
-        return S_OK;
-      }
+    *status = Number(0);
+    if (expression.rfind(L"#return network_topology_manager", 0) == 0 && junk) {  // a vector of the wrong shape
+      value->vt = VT_BSTR;
+      value->bstrVal = SysAllocString(L"LEVELS?");
+    } else if (expression.rfind(L"#return network_topology_manager", 0) == 0) {
       Vector(*value, 3);
       Vector(Element(*value, 3), levels);
-      for (int k = 1; k <= levels; ++k) {
-        VARIANT& number = Element(Element(*value, 3), k);
-        number.vt = VT_I4;
-        number.lVal = 400 - 10 * k;
-      }
+      for (int k = 1; k <= levels; ++k) Element(Element(*value, 3), k) = Number(400 - 10 * k);
     } else if (expression.rfind(L"#return TRANSLATION(VECTOR(", 0) == 0) {
       Vector(*value, levels);
       for (int k = 1; k <= levels; ++k) {
-        VARIANT& name = Element(*value, k);
-        name.vt = VT_BSTR;
-        name.bstrVal = SysAllocString((L"Level " + std::to_wstring(k)).c_str());
+        Element(*value, k).vt = VT_BSTR;
+        Element(*value, k).bstrVal = SysAllocString((L"Level " + std::to_wstring(k)).c_str());
       }
     } else {
-      value->vt = VT_I4;
-      value->lVal = 1;
+      *value = Number(1);
     }
     return S_OK;
   }
@@ -107,6 +83,12 @@ class DisplayHost final : public test::HostDispatch {
     v.parray = SafeArrayCreate(VT_VARIANT, 1, &bound);
   }
   static VARIANT& Element(VARIANT& v, int k) { return static_cast<VARIANT*>(v.parray->pvData)[k - 1]; }
+  static VARIANT Number(long n) {
+    VARIANT v{};
+    v.vt = VT_I4;
+    v.lVal = n;
+    return v;
+  }
 };
 
 // What the host does and what it saw.
@@ -130,7 +112,7 @@ struct Display {
   std::atomic<int> returned{0};  // Show calls that have returned
   std::vector<bool> results;
   HRESULT hr = S_OK;
-  bool owner_enabled_during = true, owner_enabled_after = false;
+  bool owner_enabled_after = false;
   std::vector<std::wstring> calls;
   DWORD thread = 0;
 };
@@ -146,14 +128,10 @@ class EditorWindow : public ::testing::Test {
               ERROR_SUCCESS);
     etc_ = U8(home) + "\\etc\\";
     for (const char* name : {"QLT830_colors.clut", "QLT830_colors$clut"})
-      WriteBytes(etc_ + name, ReadBytes(std::string(TQ_SOURCE_DIR) + "/data/" + name));
-    app_ = CreateTempFolder();
-    user_ = CreateTempFolder();
+      WriteBytes(etc_ + name, SourceFile("data/" + std::string(name)));
   }
   void TearDown() override {
     for (const char* name : {"QLT830_colors.clut", "QLT830_colors$clut"}) DeleteFileW(W(etc_ + name).c_str());
-    RemoveTree(app_);
-    RemoveTree(user_);
   }
   std::string Table() { return app_ + "ColorSchemes\\QLT830_colors.clut"; }
 
@@ -172,22 +150,21 @@ class EditorWindow : public ::testing::Test {
       listcomm.junk = d.junk_levels;
       {
         ComPtr<IDispatch> control = test::CreateControl();
-        auto set = [&](const wchar_t* key, auto&& add) {
-          ArgList args;
-          args.Str(key);
-          add(args);
+        auto set = [&](ArgList& args) {
           if (FAILED(args.Invoke(control.Get(), L"SetObjectValue"))) d.hr = E_FAIL;
         };
-        set(L"Language", [&](ArgList& a) { a.Str(d.language.c_str()); });
-        set(L"UserName", [](ArgList& a) { a.Str(L"op1"); });
-        set(L"HostApplication", [](ArgList& a) { a.Str(L"Display"); });
-        set(L"AppFolder", [&](ArgList& a) { a.Str(W(app_).c_str()); });
-        set(L"UserFolder", [&](ArgList& a) { a.Str(W(user_).c_str()); });
-        set(L"AuthorizationLevel", [&](ArgList& a) { a.I2(d.level); });
-        set(L"Pipeline", [&](ArgList& a) { a.I2(d.pipeline ? -1 : 0); });
-        set(L"hwndParentView", [&](ArgList& a) { a.I4(d.stale_owner ? 0x7FFF0 : static_cast<long>(reinterpret_cast<INT_PTR>(owner))); });
-        set(L"ListCommRef", [&](ArgList& a) { a.Object(&listcomm); });
-        if (d.initialize) set(L"Initialize", [](ArgList& a) { a.Str(L"ColorScheme"); });
+        const long owner_value = d.stale_owner ? 0x7FFF0 : static_cast<long>(reinterpret_cast<INT_PTR>(owner));
+        ArgList context[10];
+        set(context[0].Str(L"Language").Str(d.language.c_str()));
+        set(context[1].Str(L"UserName").Str(L"op1"));
+        set(context[2].Str(L"HostApplication").Str(L"Display"));
+        set(context[3].Str(L"AppFolder").Str(W(app_).c_str()));
+        set(context[4].Str(L"UserFolder").Str(W(user_).c_str()));
+        set(context[5].Str(L"AuthorizationLevel").I2(d.level));
+        set(context[6].Str(L"Pipeline").I2(d.pipeline ? -1 : 0));
+        set(context[7].Str(L"hwndParentView").I4(owner_value));
+        set(context[8].Str(L"ListCommRef").Object(&listcomm));
+        if (d.initialize) set(context[9].Str(L"Initialize").Str(L"ColorScheme"));
         if (d.before_show) d.before_show();
         if (d.with_control) d.with_control(control.Get());
         for (int i = 0; i < d.shows; ++i) {
@@ -222,24 +199,13 @@ class EditorWindow : public ::testing::Test {
     for (int waited = 0; waited < 20000 && d.returned < count; ++waited) Sleep(1);
   }
   // The editor window of the display's thread, once it is visible and idle.
-  static HWND Editor(const Display& d, DWORD timeout_ms = 20000) {
-    for (DWORD waited = 0; waited < timeout_ms; waited += 20) {
-      HWND found = nullptr;
-      EachThreadWindow(d.thread, [&](HWND hwnd) {
-        wchar_t name[64];
-        GetClassNameW(hwnd, name, 64);
-        if (wcscmp(name, ids::kEditorClass) != 0 || !IsWindowVisible(hwnd)) return true;
-        found = hwnd;
-        return false;
-      });
-      if (found) {
-        SendMessageTimeoutW(found, WM_NULL, 0, 0, SMTO_BLOCK, 5000, nullptr);  // idle: the modal loop runs
-        return found;
-      }
-      Sleep(20);
-    }
-    return nullptr;
+  static HWND Editor(const Display& d) {
+    HWND found = WaitForWindow([](HWND hwnd) { return HasClass(hwnd, ids::kEditorClass); }, d.thread);
+    if (found) Idle(found);
+    return found;
   }
+  // Returns once the window's thread is idle (its modal loop runs).
+  static void Idle(HWND window) { SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_BLOCK, 5000, nullptr); }
   static HWND Item(HWND editor, int id) {
     HWND found = nullptr;
     EachDescendant(editor, [&](HWND hwnd) {
@@ -259,16 +225,19 @@ class EditorWindow : public ::testing::Test {
     SendMessageW(tabs, WM_LBUTTONDOWN, MK_LBUTTON, at);
     SendMessageW(tabs, WM_LBUTTONUP, 0, at);
   }
-  // Keys pressed together and released, as typed on the keyboard into the editor.
-  static void Type(HWND editor, const std::vector<WORD>& keys) {
-    SetForegroundWindow(editor);
+  // Keys pressed together and released, as typed on the keyboard (into the editor).
+  static void Keys(const std::vector<WORD>& keys) {
     std::vector<INPUT> input;
     for (WORD key : keys) input.push_back({INPUT_KEYBOARD, {.ki = {key, 0, 0, 0, 0}}});
     for (auto k = keys.rbegin(); k != keys.rend(); ++k)
       input.push_back({INPUT_KEYBOARD, {.ki = {*k, 0, KEYEVENTF_KEYUP, 0, 0}}});
     SendInput(static_cast<UINT>(input.size()), input.data(), sizeof(INPUT));
+  }
+  static void Type(HWND editor, const std::vector<WORD>& keys) {
+    SetForegroundWindow(editor);
+    Keys(keys);
     Sleep(100);
-    SendMessageTimeoutW(editor, WM_NULL, 0, 0, SMTO_BLOCK, 5000, nullptr);
+    Idle(editor);
   }
   static int ShownPage(HWND editor) {
     for (int page = 0; page < 12; ++page)
@@ -276,26 +245,17 @@ class EditorWindow : public ::testing::Test {
     return -1;
   }
   // A dialog of the display's thread owned by `owner` (the colour dialog, a message box).
-  static HWND OwnedDialog(const Display& d, HWND owner, DWORD timeout_ms = 20000) {
-    for (DWORD waited = 0; waited < timeout_ms; waited += 20) {
-      HWND found = nullptr;
-      EachThreadWindow(d.thread, [&](HWND hwnd) {
-        wchar_t name[16];
-        GetClassNameW(hwnd, name, 16);
-        if (!wcscmp(name, L"#32770") && GetWindow(hwnd, GW_OWNER) == owner && IsWindowVisible(hwnd)) found = hwnd;
-        return !found;
-      });
-      if (found) return found;
-      Sleep(20);
-    }
-    return nullptr;
+  static HWND OwnedDialog(const Display& d, HWND owner) {
+    return WaitForWindow([&](HWND hwnd) { return HasClass(hwnd, L"#32770") && GetWindow(hwnd, GW_OWNER) == owner; },
+                         d.thread);
   }
-  // Picks a colour in the standard colour dialog as a user types it; nullopt cancels.
+  // Picks a colour in the standard colour dialog as a user types it (nullopt cancels);
+  // what the dialog started from.
   static std::wstring Pick(const Display& d, HWND editor, int row, std::optional<COLORREF> colour) {
     Click(editor, ids::kColorButton + row);
     HWND dialog = OwnedDialog(d, editor);
     if (!dialog) return L"no colour dialog";
-    const std::wstring preset = ItemText(dialog, 706) + L"," + ItemText(dialog, 707) + L"," + ItemText(dialog, 708);
+    const std::wstring preset = L"(" + ItemText(dialog, 706) + L", " + ItemText(dialog, 707) + L", " + ItemText(dialog, 708) + L")";
     if (colour) {
       SetDlgItemInt(dialog, 706, GetRValue(*colour), FALSE);
       SetDlgItemInt(dialog, 707, GetGValue(*colour), FALSE);
@@ -303,8 +263,13 @@ class EditorWindow : public ::testing::Test {
     }
     PressButton(dialog, colour ? IDOK : IDCANCEL);
     for (int i = 0; i < 250 && IsWindow(dialog); ++i) Sleep(20);
-    SendMessageTimeoutW(editor, WM_NULL, 0, 0, SMTO_BLOCK, 5000, nullptr);
+    Idle(editor);
     return preset;
+  }
+  // A colour table entry as the editor's RGB label shows it.
+  static std::wstring RgbText(std::int32_t c) {
+    return L"(" + std::to_wstring(c & 0xFF) + L", " + std::to_wstring((c >> 8) & 0xFF) + L", " +
+           std::to_wstring((c >> 16) & 0xFF) + L")";
   }
   static bool Enabled(HWND editor, int id) { return IsWindowEnabled(Item(editor, id)); }
   static bool Shown(HWND editor, int id) { return IsWindowVisible(Item(editor, id)); }
@@ -312,7 +277,8 @@ class EditorWindow : public ::testing::Test {
   // The window as the user sees it, kept beside the build as a test artefact.
   static void Screenshot(HWND window, const std::string& name);
 
-  std::string etc_, app_, user_;
+  TempFolder app_folder_, user_folder_;
+  std::string etc_, app_ = app_folder_.path(), user_ = user_folder_.path();
 };
 
 }  // namespace editor_test

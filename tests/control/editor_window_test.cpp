@@ -40,16 +40,16 @@ TEST_F(EditorWindow, OpensModalOverItsOwnerAndClosesWithOkCancelEscEnterAndTheCl
 }
 
 TEST_F(EditorWindow, APickedColourIsSavedOnOkInItsOwnLineAndSentToTheHost) {
-  const std::string before = ReadBytes(std::string(TQ_SOURCE_DIR) + "/data/QLT830_colors.clut");
+  const std::string before = SourceFile("data/QLT830_colors.clut");
   Display d;
   d.tab = 4;  // strip position 4, Alarm Display: its background (row 120, index 256) goes to the host's alarm lists
-  std::wstring preset, cancelled_preset, after_cancel, shown;
+  std::wstring preset, after_cancel, shown;
   Run(d, [&] {
     HWND e = Editor(d);
     ASSERT_TRUE(e);
     EXPECT_EQ(ShownPage(e), 3);
     const std::wstring start = Text(e, ids::kRgbLabel + 120);
-    cancelled_preset = Pick(d, e, 121, std::nullopt);
+    Pick(d, e, 121, std::nullopt);
     after_cancel = Text(e, ids::kRgbLabel + 121);
     preset = Pick(d, e, 120, RGB(1, 2, 250));
     shown = Text(e, ids::kRgbLabel + 120);
@@ -59,15 +59,8 @@ TEST_F(EditorWindow, APickedColourIsSavedOnOkInItsOwnLineAndSentToTheHost) {
   });
   ASSERT_EQ(d.results, std::vector<bool>{true});
   const auto old_lines = SplitClutLines(before).lines;
-  auto rgb = [&](int index, const wchar_t* format) {
-    const std::int32_t c = ParseClutLine(old_lines[index]);
-    wchar_t text[32];
-    swprintf(text, 32, format, c & 0xFF, (c >> 8) & 0xFF, (c >> 16) & 0xFF);
-    return std::wstring(text);
-  };
-  EXPECT_EQ(preset, rgb(256, L"%d,%d,%d"));  // the dialog starts from the row's colour
-  EXPECT_EQ(after_cancel, rgb(257, L"(%d, %d, %d)"));  // a cancelled pick changes nothing
-  EXPECT_EQ(shown, L"(1, 2, 250)");
+  EXPECT_EQ(preset, RgbText(ParseClutLine(old_lines[256])));  // the dialog starts from the row's colour
+  EXPECT_EQ(after_cancel, RgbText(ParseClutLine(old_lines[257])));  // a cancelled pick changes nothing
   // Only the picked index's line changes, and it keeps its comment.
   const std::string after = ReadBytes(Table());
   const auto new_lines = SplitClutLines(after).lines;
@@ -98,9 +91,7 @@ TEST_F(EditorWindow, TagoutShowsItsBoldHeadingAndTheTooltipsNameIndexAndFile) {
     button = Text(e, ids::kColorButton + 100);
     HWND tooltip = nullptr;
     EachThreadWindow(d.thread, [&](HWND hwnd) {
-      wchar_t name[32];
-      GetClassNameW(hwnd, name, 32);
-      if (!wcscmp(name, TOOLTIPS_CLASSW) && GetWindow(hwnd, GW_OWNER) == e) tooltip = hwnd;
+      if (HasClass(hwnd, TOOLTIPS_CLASSW) && GetWindow(hwnd, GW_OWNER) == e) tooltip = hwnd;
       return !tooltip;
     });
     auto tip = [&](HWND parent, HWND tool) {
@@ -216,15 +207,6 @@ TEST_F(EditorWindow, AnotherEditorsLockOffersReadOnlyAndNoKeepsTheEditorClosed) 
   }
 }
 
-TEST_F(EditorWindow, ShowBeforeInitializeSaysSoAndOpensNothing) {
-  Display d;
-  d.initialize = false;
-  BoxSeen box;
-  Run(d, [&] { box = AnswerMessageBox(L"Color Setting Tool", IDOK).get(); });
-  EXPECT_EQ(box.text, L"Application folder is not initialized. Quitting...");
-  EXPECT_EQ(d.results, std::vector<bool>{false});
-}
-
 TEST_F(EditorWindow, VoltageLevelRowsTakeTheHostsNames) {
   const struct {
     int levels;
@@ -314,28 +296,30 @@ TEST_F(EditorWindow, TabsFollowTheStripTheHostsNumbersAndTagsAndCtrlTab) {
   EXPECT_EQ(pages, (std::vector<int>{1, 10, 7, 5}));
 }
 
-TEST_F(EditorWindow, BadTablesAndAStaleOwnerOpenTheEditorOrRefuseWithAMessage) {
+TEST_F(EditorWindow, BadTablesAStaleOwnerAndNoInitializeOpenTheEditorOrRefuseWithAMessage) {
   std::string unreadable = "x x x # Version=93.07\r\n";
   for (int i = 1; i < 286; ++i) unreadable += "colour?\r\n";
-  const std::string factory = ReadBytes(std::string(TQ_SOURCE_DIR) + "/data/QLT830_colors.clut");
+  const std::string factory = SourceFile("data/QLT830_colors.clut");
   std::string twenty;
   for (const std::string& line : SplitClutLines(factory, 20).lines) twenty += line + "\r\n";
   const struct {
     const char* what;
     std::string table;  // written over the scheme's table before Show; "-" deletes it
-    bool stale_owner;
+    bool stale_owner, initialize;
     std::wstring message;  // the start of the message shown instead of the editor
     std::wstring row0, row81;  // RGB texts of index 38 (row 0) and index 19 (row 81)
   } cases[] = {
-      {"every line unreadable", unreadable, false, L"", L"Unreadable", L"Unreadable"},
-      {"twenty lines", twenty, false, L"", L"Unreadable", L"(0, 0, 153)"},
-      {"deleted", "-", false, L"Color table file not found: ", L"", L""},
-      {"an owner that is not a window", "", true, L"", L"(255, 255, 255)", L""},
+      {"every line unreadable", unreadable, false, true, L"", L"Unreadable", L"Unreadable"},
+      {"twenty lines", twenty, false, true, L"", L"Unreadable", L"(0, 0, 153)"},
+      {"deleted", "-", false, true, L"Color table file not found: ", L"", L""},
+      {"an owner that is not a window", "", true, true, L"", L"(255, 255, 255)", L""},
+      {"Show before Initialize", "", false, false, L"Application folder is not initialized. Quitting...", L"", L""},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     Display d;
     d.stale_owner = c.stale_owner;
+    d.initialize = c.initialize;
     d.before_show = [&] {
       if (c.table == "-") DeleteFileW(W(Table()).c_str());
       else if (!c.table.empty()) WriteBytes(Table(), c.table);
@@ -380,10 +364,8 @@ std::vector<std::string> LayoutProblems(HWND parent) {
     const std::string name = std::to_string(GetDlgCtrlID(child));
     RECT inside;
     if (!IntersectRect(&inside, &r, &area) || !EqualRect(&inside, &r)) problems.push_back(name + " is cut by its parent");
-    wchar_t cls[32];
-    GetClassNameW(child, cls, 32);
     const std::wstring text = WindowText(child);
-    if (!text.empty() && (wcscmp(cls, L"Static") == 0 || wcscmp(cls, L"Button") == 0) &&
+    if (!text.empty() && (HasClass(child, L"Static") || HasClass(child, L"Button")) &&
         !(GetWindowLongW(child, GWL_STYLE) & BS_OWNERDRAW)) {
       HDC dc = GetDC(child);
       HGDIOBJ old = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(child, WM_GETFONT, 0, 0)));
@@ -397,7 +379,7 @@ std::vector<std::string> LayoutProblems(HWND parent) {
       if (RECT common; IntersectRect(&common, &r, &o))
         problems.push_back(name + " overlaps " + std::to_string(GetDlgCtrlID(other)));
     shown.emplace_back(child, r);
-    if (GetWindow(child, GW_CHILD) && wcscmp(cls, L"ComboBox") != 0)
+    if (GetWindow(child, GW_CHILD) && !HasClass(child, L"ComboBox"))
       for (const std::string& inner : LayoutProblems(child)) problems.push_back(name + "/" + inner);
   }
   return problems;

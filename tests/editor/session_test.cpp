@@ -468,6 +468,7 @@ TEST_F(Session, RestoreDefaultsShowsTheReferenceColoursUnsavedAndSurvivesAMissin
   const std::int32_t reference35 = ParseClutLine(SplitClutLines(reference_bytes).lines[35]);
   ASSERT_TRUE(p.ReadFile(colors, before));
   constexpr int kRow = 6;  // index 35
+  const std::string ask = "Are you sure you want to replace current colors with default ones?|52";
   struct Case {
     const char* what;
     std::vector<int> answers;
@@ -476,17 +477,11 @@ TEST_F(Session, RestoreDefaultsShowsTheReferenceColoursUnsavedAndSurvivesAMissin
     std::int32_t row;  // what the row shows after
     bool changed;
   } cases[] = {
-      {"Yes", {kIdYes}, true, true, {"Are you sure you want to replace current colors with default ones?|52"},
-       reference35, true},
-      {"No", {kIdNo}, true, true, {"Are you sure you want to replace current colors with default ones?|52"},
-       0x123456, false},
-      {"no DVHOME", {kIdYes, kIdOk}, false, true,
-       {"Are you sure you want to replace current colors with default ones?|52", "Registry value DVHOME not found|16"},
-       0x123456, false},
+      {"Yes", {kIdYes}, true, true, {ask}, reference35, true},
+      {"No", {kIdNo}, true, true, {ask}, 0x123456, false},
+      {"no DVHOME", {kIdYes, kIdOk}, false, true, {ask, "Registry value DVHOME not found|16"}, 0x123456, false},
       {"no reference file", {kIdYes, kIdOk}, true, false,
-       {"Are you sure you want to replace current colors with default ones?|52",
-        "Color table file not found: " + p.UpperCase(Scheme("QLT830_colors$clut")) + "|16"},
-       kSystemButtonFace, false},
+       {ask, "Color table file not found: " + p.UpperCase(Scheme("QLT830_colors$clut")) + "|16"}, kSystemButtonFace, false},
   };
   for (const Case& test : cases) {
     SCOPED_TRACE(test.what);

@@ -18,11 +18,6 @@ struct LockTest : ::testing::Test {
   std::string file = folder / "QLT830_colors.clut";
   std::string lock = file + ".lock";
 
-  std::string Content(const std::string& path) {
-    std::string bytes;
-    EXPECT_TRUE(platform.ReadFile(path, bytes)) << path;
-    return bytes;
-  }
   LockResult Take(Creator& c, const std::string& name, std::string app = "App", std::string user = "User",
                   LockMode mode = LockMode::Open, bool silent = true) {
     return c.CreateLockFile(name, app, user, mode, silent);
@@ -39,7 +34,7 @@ TEST_F(LockTest, TakesTheLockWritesItsLinesAndDeletesTheFileWhenDestroyed) {
     std::string app, user = "op1";
     EXPECT_EQ(c.CreateLockFile(file, app, user, LockMode::OpenOrReadOnly, false), LockResult::Locked);
     EXPECT_EQ(app, "N/A");
-    EXPECT_EQ(Content(lock), Me("N/A", "op1"));
+    EXPECT_EQ(test::Read(lock), Me("N/A", "op1"));
     EXPECT_EQ(c.LockedFileName(), file);
     EXPECT_FALSE(c.IsFileOpenedReadOnly(file));
     std::string u, h;
@@ -74,7 +69,7 @@ TEST_F(LockTest, SecondObjectInOneProcessIsRefusedAndBothSeeTheLockAsTheirs) {
     EXPECT_FALSE(second.IsLockedByMe(folder / "other.clut", "Display", "op1"));
   }
   // The refused object owned nothing and so deleted nothing; the lock still holds.
-  EXPECT_EQ(Content(lock), Me("Display", "op1"));
+  EXPECT_EQ(test::Read(lock), Me("Display", "op1"));
 }
 
 TEST_F(LockTest, AHolderWithLongOrNonAsciiNamesRecognisesItsOwnLock) {
@@ -134,7 +129,7 @@ TEST_F(LockTest, LockMovesToAnotherFileAndAFailedAttemptGivesTheOldLockUp) {
   }
   // Taking the same file again after losing it keeps the file just opened.
   ASSERT_EQ(Take(c, other), LockResult::Locked);
-  EXPECT_EQ(Content(other + ".lock"), Me("App", "User"));
+  EXPECT_EQ(test::Read(other + ".lock"), Me("App", "User"));
 }
 
 TEST_F(LockTest, LeftoverLockFileOfACrashedHolderIsTakenOver) {
@@ -143,7 +138,7 @@ TEST_F(LockTest, LeftoverLockFileOfACrashedHolderIsTakenOver) {
   {
     Creator c(platform);
     EXPECT_EQ(Take(c, file, "Display", "op1"), LockResult::Locked);
-    EXPECT_EQ(Content(lock), Me("Display", "op1"));
+    EXPECT_EQ(test::Read(lock), Me("Display", "op1"));
   }
   EXPECT_FALSE(platform.FileExists(lock));
 }

@@ -2,13 +2,13 @@
 // simulation matrices, WCAG contrast), and its rules run on our two factory tables.
 #include "quality/color_quality.h"
 
+#include "common/test_platform.h"
 #include "editor/catalogue.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdio>
-#include <fstream>
 #include <iostream>
 #include <map>
 #include <set>
@@ -19,12 +19,7 @@ namespace {
 
 constexpr std::int32_t Rgb(int r, int g, int b) { return r | g << 8 | b << 16; }
 
-std::string SourceFile(const std::string& relative) {
-  std::ifstream in(std::string(TQ_SOURCE_DIR) + "/" + relative, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
+using test::SourceFile;
 
 // The data lines of a reference table: its "#" comments and the CSV header left out.
 std::vector<std::string> DataLines(const std::string& relative) {
