@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -114,11 +115,19 @@ HelperProcess::HelperProcess(const std::string& command, const std::vector<std::
   std::wstring wline = W(line);
   STARTUPINFOW si{};
   si.cb = sizeof(si);
-  if (!CreateProcessW(nullptr, wline.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &info_)) {
-    ADD_FAILURE() << "cannot start helper: " << line;
+  // Wine now and then fails a start under load (seen once in CI): try again a few times.
+  DWORD error = 0;
+  for (int attempt = 0; attempt < 5; ++attempt) {
+    if (CreateProcessW(nullptr, wline.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &si, &info_)) break;
+    error = GetLastError();
+    Sleep(200);
+  }
+  if (!info_.hProcess) {
+    ADD_FAILURE() << "cannot start helper (error " << error << "): " << line;
     CloseHandle(ready);
     return;
   }
+  if (error) std::printf("helper started after error %lu: %s\n", error, line.c_str());
   HANDLE waits[2] = {ready, info_.hProcess};
   ready_ = WaitForMultipleObjects(2, waits, FALSE, ready_timeout_ms) == WAIT_OBJECT_0;
   CloseHandle(ready);
