@@ -35,7 +35,10 @@ bool IsRefusedSchemeName(const std::string& name) {
   if (name.front() == '.') return true;  // no name before the extension
   for (unsigned char c : name)
     if (c < 32 || std::string_view("\\/:*?\"<>|").find(static_cast<char>(c)) != std::string_view::npos) return true;
-  return IsDeviceName(name);
+  // Our own rule: a scheme saved over a lock or a file being written would break the
+  // lock or the save that owns it.
+  const std::string upper = UpperAscii(name);
+  return IsDeviceName(name) || upper.ends_with(".LOCK") || upper.ends_with(".TMP");
 }
 
 std::string LogicalColorValue(int index, std::int32_t colour, const std::string& name, const std::string& tab,
@@ -99,29 +102,34 @@ void frmTqColorSetting::ApplyScheme(int index, bool reload) {
   ApplySchemeFile(path, reload);
 }
 
+frmTqColorSetting::EditedFile frmTqColorSetting::Edited() const {
+  return {ClutFileName(), enable_changes_, LockFileCreated, ColorsChanged, ColorThemeChanged};
+}
+
+void frmTqColorSetting::ReturnTo(const EditedFile& file) {
+  ClutFileName(file.path);
+  table_.ClutError = false;
+  EnableChanges(file.editable);
+  // Holds it again: locking another file closed the lock it had.
+  LockFileCheck(file.locked);
+  table_.ClutError = false;
+  ColorsChanged = file.colors_changed;
+  ColorThemeChanged = file.theme_changed;
+  int position = -1;
+  SelectSchemeSilently(FindColorScheme(*platform_, file.path, position) ? position : -1);
+  MakeEnableChanges(false);
+  if (view_ && loaded_) view_->StateChanged();
+}
+
 void frmTqColorSetting::ApplySchemeFile(const std::string& path, bool reload) {
   table_.ClutError = false;
-  const std::string old = ClutFileName();
-  const bool old_editable = EnableChanges(), old_locked = LockFileCreated;
+  const EditedFile before = Edited();
   ClutFileName(path);
   // Editable again unless the host opened the editor read-only: a read-only choice
   // made for the previous file does not carry over.
   EnableChanges(host_enable_changes_);
   LockFileCheck(true);
-  if (table_.ClutError) {
-    // Refused: the editor stays on its file as it was, and holds it again, since the
-    // refused attempt closed the lock it had.
-    ClutFileName(old);
-    table_.ClutError = false;
-    EnableChanges(old_editable);
-    if (old_locked) LockFileCheck(true);
-    table_.ClutError = false;
-    int position = -1;
-    SelectSchemeSilently(FindColorScheme(*platform_, old, position) ? position : -1);
-    MakeEnableChanges(false);
-    if (view_ && loaded_) view_->StateChanged();
-    return;
-  }
+  if (table_.ClutError) return ReturnTo(before);  // refused: the editor stays on its file as it was
   if (!LockFileCreated) LockFileCheck(false);
   MakeEnableChanges(false);
   if (view_ && loaded_) view_->StateChanged();
@@ -145,11 +153,13 @@ std::optional<std::string> frmTqColorSetting::AcceptSchemeName(const std::string
     Ask("\"" + typed + "\" " + GetString(1452), kMbOk, kMbIconExclamation);
     return std::nullopt;
   }
-  for (const std::string& path : paths) {
-    if (FileNameOf(path) != name) continue;
-    if (Ask(name + GetString(1451), kMbYesNo, kMbIconExclamation) != kIdYes) return std::nullopt;
-    break;
-  }
+  // Our own rule, wider than the listed schemes: any file of that name in the folder,
+  // in whatever case, is overwritten only when the user says so.
+  bool exists = platform_->FileExists(GetColorSchemeFolder() + name);
+  for (const std::string& path : paths) exists = exists || EqualsIgnoreCase(*platform_, FileNameOf(path), name);
+  for (const std::string& other : platform_->ListFileNames(GetColorSchemeFolder()))
+    exists = exists || EqualsIgnoreCase(*platform_, other, name);
+  if (exists && Ask(name + GetString(1451), kMbYesNo, kMbIconExclamation) != kIdYes) return std::nullopt;
   return name;
 }
 
@@ -166,21 +176,36 @@ void frmTqColorSetting::cmdSave_Click() {
   if (name.empty()) return;
   const std::string folder = GetColorSchemeFolder();
   const std::string path = platform_->AbsolutePath(folder + name);
-  if (!EqualsIgnoreCase(*platform_, path, ClutFileName())) {
+  const EditedFile before = Edited();
+  const bool switching = !EqualsIgnoreCase(*platform_, path, ClutFileName());
+  if (switching) {
     // The folder may have gone since the list was made; the host creates our folders.
     if (!platform_->FolderExists(folder) && !CreateFolderViaHost(*platform_, folder)) return;
-    if (!platform_->FileExists(path) && !platform_->CopyFileTo(ClutFileName(), path, false)) return;
-    LoadColorSchemeList(*platform_);
     int position = -1;
-    const bool listed = FindColorScheme(*platform_, path, position);
+    // A file that is not a listed scheme is replaced whole (the user agreed): only the
+    // lines of a colour table are kept when the colours are written into it.
+    const bool scheme = FindColorScheme(*platform_, path, position);
+    if (!scheme || !platform_->FileExists(path)) {
+      if (IoStatus copied = platform_->CopyFileTo(ClutFileName(), path, true); !copied) {
+        Ask(GetString(1312) + path + "\r\n" + copied.message + "\r\n\r\n" + GetString(1313), kMbOk, kMbIconCritical);
+        return;
+      }
+    }
+    LoadColorSchemeList(*platform_);
     // A name the list does not show (not a ".clut" file) is still the file edited now.
-    SelectSchemeSilently(listed ? position : -1);
+    SelectSchemeSilently(FindColorScheme(*platform_, path, position) ? position : -1);
     ApplySchemeFile(path, false);
-    // Refused, or taken read-only: the current colours are not written anywhere.
-    if (!EqualsIgnoreCase(*platform_, ClutFileName(), path) || !EnableChanges()) return;
+    if (!EqualsIgnoreCase(*platform_, ClutFileName(), path)) return;  // refused: still on the old file
+    if (!EnableChanges()) {
+      // Taken read-only: the colours could not be written there, so the editor goes back
+      // to the file they can be saved to, with the changes still marked.
+      ReturnTo(before);
+      return;
+    }
   }
   if (!SaveColorTable(*platform_, table_)) {
-    table_.ClutError = false;  // the user has been told; the colours stay unsaved
+    table_.ClutError = false;  // the user has been told
+    if (switching) ReturnTo(before);  // to a file OK can still save, the changes still marked
     return;
   }
   ColorsSaved = true;
@@ -219,17 +244,21 @@ void frmTqColorSetting::miRestoreDefaults_Click() {
     Ask(Text(1315), kMbOk, kMbIconCritical);
     return;
   }
-  const std::string remembered = ClutFileName();
-  std::string reference = platform_->UpperCase(remembered);
-  for (std::size_t at = 0; (at = reference.find(".CLUT", at)) != std::string::npos; ++at) reference[at] = '$';
-  table_.ClutFileName = reference;
-  LoadColorTable(*platform_, table_, true, LoadReport::ToUser);
-  table_.ClutFileName = remembered;
-  if (table_.ClutError)
-    table_.ClutError = false;  // reported; OK must still close
-  else
-    ColorsChanged = true;
+  // Read aside: a copy that cannot be read is reported and leaves every row as it
+  // was, rather than "Unreadable" rows that the next save would fill with other colours.
+  ColorTableState restored = table_;
+  restored.ClutFileName = RestoreDefaultsSource(*platform_, ClutFileName());
+  if (!LoadColorTable(*platform_, restored, true, LoadReport::ToUser)) return;
+  table_.rows = restored.rows;
+  table_.ColorIndexValue = restored.ColorIndexValue;
+  ColorsChanged = true;
   if (view_ && loaded_) view_->RowChanged(-1);
+}
+
+std::string RestoreDefaultsSource(Platform& platform, const std::string& clut_file) {
+  std::string source = platform.UpperCase(clut_file);
+  for (std::size_t at = 0; (at = source.find(".CLUT", at)) != std::string::npos; ++at) source[at] = '$';
+  return source;
 }
 
 // ---- Logical colours: export and import ----
@@ -265,9 +294,14 @@ void frmTqColorSetting::miExport_Click() {
         shown.kind == RowColour::Kind::Colour ? shown.colour : (view_ ? view_->ButtonFaceColor() : 0xC0C0C0);
     const std::string value = LogicalColorValue(index, colour, RowName(row, voltage_names_),
                                                 GetTabCaptionOfRow(strip, row), GetCategoryNameOfRow(row));
-    platform_->IniWrite(kLogicalColorsSection, "Index_" + std::to_string(index), value, file);
+    if (IoStatus written = platform_->IniWrite(kLogicalColorsSection, "Index_" + std::to_string(index), value, file);
+        !written) {
+      Ask(file + "\r\n" + written.message + "\r\n\r\n" + Text(1306), kMbOk, kMbIconCritical);
+      break;
+    }
     wrote = true;
   }
+  // The host hears of a file only when something was written into it.
   if (wrote) platform_->HostCall(kHostFileNotice, file);
 }
 

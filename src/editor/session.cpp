@@ -84,7 +84,8 @@ ValueConversion SetObjectValueConversion(const std::string& key) {
 }
 
 EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorization_level_tools,
-                                   bool restore_copy_exists, bool disable_ok, bool ok_before) {
+                                   bool restore_copy_exists, bool restore_source_exists, bool disable_ok,
+                                   bool ok_before) {
   // Levels below 2 (the initial -1 included) may neither edit, nor edit schemes, nor restore.
   const bool allowed = authorization_level_tools >= 2;
   const bool editable = enable_changes && allowed;
@@ -94,7 +95,7 @@ EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorizati
   d.import_export = d.colour_buttons = d.save = editable;
   // Switched off by the host only, the user may still pick a scheme to look at.
   d.scheme_list = editable || allowed;
-  d.restore_defaults = editable && restore_copy_exists;
+  d.restore_defaults = editable && restore_copy_exists && restore_source_exists;
   // A table that has a restore copy is a factory table: it cannot be deleted.
   d.delete_scheme = editable && !restore_copy_exists;
   return d;
@@ -234,7 +235,9 @@ void frmTqColorSetting::ReleaseLockFile() {
 const EnableDecision& frmTqColorSetting::MakeEnableChanges(bool disableOK) {
   LoadForm();
   const bool restore_copy = !GetReferenceClutFile(*platform_, ClutFileName(), true, true).empty();
-  enablement_ = DecideEnableChanges(enable_changes_, AuthorizationLevelTools, restore_copy, disableOK, enablement_.ok);
+  const bool restore_source = platform_->FileExists(RestoreDefaultsSource(*platform_, ClutFileName()));
+  enablement_ = DecideEnableChanges(enable_changes_, AuthorizationLevelTools, restore_copy, restore_source, disableOK,
+                                    enablement_.ok);
   caption_ = Text(enablement_.title_id);
   return enablement_;
 }
@@ -357,13 +360,14 @@ bool frmTqColorSetting::Show(ControlInstanceState& control, const std::string& c
     ClutFileNameStart.clear();
   }
   const std::optional<bool> ok = DlgReturnValue();
+  if (ok && *ok) {
+    RecordDefinedClutFile();
+    SendColorValues();
+  }
+  ApplyHeldKeys();  // after the closed editor's file is recorded under the old context
   if (!ok) {
     error = TypeMismatch();
     return false;
-  }
-  if (*ok) {
-    RecordDefinedClutFile();
-    SendColorValues();
   }
   return *ok;
 }
@@ -390,7 +394,25 @@ void frmTqColorSetting::SetObjectValue(ControlInstanceState& control, const std:
     error = TypeMismatch();
     return;
   }
+  // Our own rule, where the host's contract is silent: a key that carries context (all
+  // but the command "SendColorValues") would change the file or the rules under the
+  // open editor, whose lock is on the old file. The open editor ignores it; it takes
+  // effect when the editor closes, so that the host's next Show sees it.
+  if (showing_ && rule->conversion != ValueConversion::NoValue) {
+    held_keys_.push_back({key, value, &control, control.alive, control.CustomFileDlg});
+    return;
+  }
   rule->apply(*this, control, value);
+}
+
+void frmTqColorSetting::ApplyHeldKeys() {
+  std::vector<HeldKey> held;
+  held.swap(held_keys_);
+  for (const HeldKey& key : held) {
+    ControlInstanceState stand_in;
+    stand_in.CustomFileDlg = key.dialog;
+    FindKeyRule(key.key)->apply(*this, key.control_alive.expired() ? stand_in : *key.control, key.value);
+  }
 }
 
 SessionValue frmTqColorSetting::GetObjectValue(const std::string& key, std::int16_t param, SessionError&) {

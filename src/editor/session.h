@@ -51,6 +51,9 @@ struct ControlInstanceState {
   bool ColorSchemeInitialized = false;
   // The control's own file-dialog object; "UseCustomFileDlg" hands it to the session.
   std::shared_ptr<clsCustomFileDlg> CustomFileDlg;
+  // Expires with the control: work held back until the editor closes must not reach
+  // a control that the host released meanwhile.
+  std::shared_ptr<const bool> alive = std::make_shared<const bool>(true);
 };
 
 // Which of the editor's controls are enabled, and which title the window shows
@@ -69,9 +72,18 @@ struct EnableDecision {
 };
 
 // The decision itself (pure). `ok_before` is the OK button's state, which a read-only
-// decision without `disable_ok` keeps.
+// decision without `disable_ok` keeps. `restore_copy_exists` is the table's restore
+// copy by its name rule (every "." made "$"); `restore_source_exists` the file that
+// Restore Defaults reads (RestoreDefaultsSource).
 EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorization_level_tools,
-                                   bool restore_copy_exists, bool disable_ok, bool ok_before);
+                                   bool restore_copy_exists, bool restore_source_exists, bool disable_ok,
+                                   bool ok_before);
+
+// The file Restore Defaults reads for `clut_file`: its path upper-cased with every
+// ".CLUT" made "$CLUT". For a name with more than one dot that is not the restore copy
+// ("a.v2.clut" has "a$v2$clut" but reads "A.V2$CLUT"), so the command is offered only
+// when this file exists: it never offers what it then cannot find.
+std::string RestoreDefaultsSource(Platform& platform, const std::string& clut_file);
 
 // Row state codes of ShowColorRow, and the colour GetRowColor gives for a row that
 // shows no colour: the system's button face, as an OLE system colour.
@@ -131,7 +143,8 @@ class EditorView {
 
 // A name typed into the Save As dialog that could leave the scheme folder or that
 // Windows refuses for a file: folders, drives, "..", device names, reserved
-// characters, trailing dots and blanks, nothing at all.
+// characters, trailing dots and blanks, nothing at all; and the names of the editor's
+// own working files (".lock", ".tmp"), which a scheme must never replace.
 bool IsRefusedSchemeName(const std::string& name);
 
 // The value of key "Index_<index>" in a logical colours file: the colour's fields and
@@ -270,6 +283,14 @@ class frmTqColorSetting {
   const std::string& Text(int id) const;
 
  private:
+  // The file being edited and how: what a command that fails halfway returns to.
+  struct EditedFile {
+    std::string path;
+    bool editable, locked, colors_changed, theme_changed;
+  };
+  EditedFile Edited() const;
+  // Edits `file` again as it was edited (its lock taken again), with the scheme list on it.
+  void ReturnTo(const EditedFile& file);
   void ReleaseLockFile();
   void ApplySchemeFile(const std::string& path, bool reload);
   std::optional<std::string> AcceptSchemeName(const std::string& typed, const std::vector<std::string>& paths);
@@ -300,6 +321,16 @@ class frmTqColorSetting {
   int last_scheme_index_ = 0;  // the list position last acted on
   bool filling_ = false;       // the program sets the selection
   std::string file_dialog_folder_;  // where the next file dialog starts
+  // Context keys the host sent while the editor was open: applied when it closes.
+  struct HeldKey {
+    std::string key;
+    SessionValue value;
+    ControlInstanceState* control;
+    std::weak_ptr<const bool> control_alive;
+    std::shared_ptr<clsCustomFileDlg> dialog;  // for a control released meanwhile
+  };
+  std::vector<HeldKey> held_keys_;
+  void ApplyHeldKeys();
 };
 
 }  // namespace tq

@@ -251,10 +251,42 @@ IoStatus PosixPlatform::WriteNewFile(const std::string& path, std::string_view b
 
 IoStatus PosixPlatform::MoveReplace(const std::string& source, const std::string& target) {
   if (auto fault = InjectedFault("MoveReplace", target)) return *fault;
-  const std::string native_target = NativePath(target);
-  // Windows refuses to replace a read-only file; rename would not.
-  if (::access(native_target.c_str(), F_OK) == 0 && ::access(native_target.c_str(), W_OK) != 0) return Errno();
-  return ::rename(NativePath(source).c_str(), native_target.c_str()) == 0 ? IoStatus::Ok() : Errno();
+  std::string native_source = NativePath(source), native_target = NativePath(target);
+  // A symbolic link stays a link: the file it names takes the new content.
+  struct stat link{};
+  if (::lstat(native_target.c_str(), &link) == 0 && S_ISLNK(link.st_mode)) {
+    char resolved[PATH_MAX];
+    if (!::realpath(native_target.c_str(), resolved)) return Errno();
+    native_target = resolved;
+  }
+  struct stat before{};
+  if (::stat(native_target.c_str(), &before) == 0) {
+    // Windows refuses to replace a read-only file; rename would not.
+    if (::access(native_target.c_str(), W_OK) != 0) return Errno();
+    // The new file takes the old one's permissions, and its owner and group where this
+    // user may give them (the group alone often is).
+    ::chmod(native_source.c_str(), before.st_mode & 07777);
+    if (::chown(native_source.c_str(), before.st_uid, before.st_gid) != 0 &&
+        ::chown(native_source.c_str(), static_cast<uid_t>(-1), before.st_gid) != 0) {
+      // Left to the user's own: the content matters more than the owner.
+    }
+  }
+  if (::rename(native_source.c_str(), native_target.c_str()) == 0) return IoStatus::Ok();
+  if (errno != EXDEV) return Errno();
+  // The linked file is on another file system: the content is written beside it first.
+  std::string bytes;
+  if (IoStatus read = ReadFile(source, bytes); !read) return read;
+  const std::string beside = native_target + "." + std::to_string(::getpid()) + ".tmp";
+  IoStatus status = WriteNewFile(beside, bytes);
+  if (status) {
+    ::chmod(beside.c_str(), before.st_mode & 07777);
+    status = ::rename(beside.c_str(), native_target.c_str()) == 0 ? IoStatus::Ok() : Errno();
+  }
+  if (status)
+    ::unlink(native_source.c_str());
+  else
+    ::unlink(beside.c_str());
+  return status;
 }
 
 IoStatus PosixPlatform::CopyFileTo(const std::string& source, const std::string& target, bool overwrite) {
@@ -341,13 +373,15 @@ std::string PosixPlatform::IniRead(const std::string& section, const std::string
   return IniValue(text, section, key);
 }
 
-void PosixPlatform::IniWrite(const std::string& section, const std::string& key, const std::string& value,
-                             const std::string& file) {
+IoStatus PosixPlatform::IniWrite(const std::string& section, const std::string& key, const std::string& value,
+                                 const std::string& file) {
   std::string text;
   ReadFile(file, text);  // a missing file starts empty
   const std::string temporary = file + ".tmp";
-  if (WriteNewFile(temporary, IniWithValue(text, section, key, value)) && !MoveReplace(temporary, file))
-    RemoveFile(temporary);
+  IoStatus status = WriteNewFile(temporary, IniWithValue(text, section, key, value));
+  if (status) status = MoveReplace(temporary, file);
+  if (!status) RemoveFile(temporary);
+  return status;
 }
 
 bool PosixPlatform::AcquireIniMutex() {

@@ -41,8 +41,8 @@ class PosixPlatform : public Platform {
   std::string UpperCase(std::string_view text) override;
 
   std::string IniRead(const std::string& section, const std::string& key, const std::string& file) override;
-  void IniWrite(const std::string& section, const std::string& key, const std::string& value,
-                const std::string& file) override;
+  IoStatus IniWrite(const std::string& section, const std::string& key, const std::string& value,
+                    const std::string& file) override;
   // flock on a file in the temporary folder stands in for the named mutex.
   bool AcquireIniMutex() override;
   void ReleaseIniMutex() override;

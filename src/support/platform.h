@@ -72,7 +72,9 @@ class Platform {
   // Creates or truncates the file and writes it; the data is on disk when this returns ok.
   virtual IoStatus WriteNewFile(const std::string& path, std::string_view bytes) = 0;
   // Puts source in the place of target in one step; a read-only target is refused.
-  // On failure target is unchanged and source still exists.
+  // An existing target keeps what makes it that file (attributes, permissions, owner,
+  // creation time; a symbolic link stays a link to the file it names) and only its
+  // content changes. On failure target is unchanged and source still exists.
   virtual IoStatus MoveReplace(const std::string& source, const std::string& target) = 0;
   virtual IoStatus CopyFileTo(const std::string& source, const std::string& target, bool overwrite) = 0;
   virtual IoStatus RemoveFile(const std::string& path) = 0;
@@ -94,8 +96,8 @@ class Platform {
 
   // INI files through the system's profile functions; a missing key, section or file gives "".
   virtual std::string IniRead(const std::string& section, const std::string& key, const std::string& file) = 0;
-  virtual void IniWrite(const std::string& section, const std::string& key, const std::string& value,
-                        const std::string& file) = 0;
+  virtual IoStatus IniWrite(const std::string& section, const std::string& key, const std::string& value,
+                            const std::string& file) = 0;
   // The system-wide mutex "IniFileWrite" around writes of shared INI files; true
   // when held. Use IniMutexLock, which releases only a mutex it took.
   virtual bool AcquireIniMutex() = 0;

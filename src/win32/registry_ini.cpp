@@ -36,8 +36,8 @@ std::string IniRead(const std::string& section, const std::string& key, const st
   }
 }
 
-void IniWrite(const std::string& section, const std::string& key, const std::string& value, const std::string& file) {
-  WritePrivateProfileStringW(Widen(section).c_str(), Widen(key).c_str(), Widen(value).c_str(), Widen(file).c_str());
+bool IniWrite(const std::string& section, const std::string& key, const std::string& value, const std::string& file) {
+  return WritePrivateProfileStringW(Widen(section).c_str(), Widen(key).c_str(), Widen(value).c_str(), Widen(file).c_str());
 }
 
 namespace {

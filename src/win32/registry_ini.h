@@ -14,7 +14,8 @@ std::string RegReadString(HKEY root, const std::string& subkey, const std::strin
 
 // Whole values of any length; a missing key, section or file gives "".
 std::string IniRead(const std::string& section, const std::string& key, const std::string& file);
-void IniWrite(const std::string& section, const std::string& key, const std::string& value, const std::string& file);
+// False with the system's error code (GetLastError) when the value could not be written.
+bool IniWrite(const std::string& section, const std::string& key, const std::string& value, const std::string& file);
 
 constexpr DWORD kIniMutexTimeoutMs = 15000;
 // Takes the system-wide mutex "IniFileWrite" for this thread, waiting at most timeout_ms.

@@ -112,10 +112,35 @@ IoStatus WinPlatform::MoveReplace(const std::string& source, const std::string& 
   const DWORD attributes = GetFileAttributesW(wtarget.c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
     return IoStatus::Fail(ERROR_ACCESS_DENIED, ErrorText(ERROR_ACCESS_DENIED));
-  // One rename: a target held open by another process makes it fail and stay as it was.
-  // (ReplaceFileW would keep the target's attributes, but leaves backup files behind
-  // when it fails.)
-  return Check(MoveFileExW(wsource.c_str(), wtarget.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+  const auto move = [&] {
+    return Check(MoveFileExW(wsource.c_str(), wtarget.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+  };
+  if (attributes == INVALID_FILE_ATTRIBUTES) return move();  // nothing there to keep
+  WIN32_FILE_ATTRIBUTE_DATA before{};
+  const bool known = GetFileAttributesExW(wtarget.c_str(), GetFileExInfoStandard, &before);
+  // ReplaceFile gives the new content the target's attributes, security descriptor,
+  // owner, creation time and streams. Without a backup file its failures leave the
+  // target as it was, except one: the target removed and the new file not yet moved
+  // in, which the move below completes.
+  if (!ReplaceFileW(wtarget.c_str(), wsource.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr)) {
+    const DWORD error = GetLastError();
+    if ((error != ERROR_UNABLE_TO_MOVE_REPLACEMENT && error != ERROR_UNABLE_TO_MOVE_REPLACEMENT_2) ||
+        GetFileAttributesW(wtarget.c_str()) != INVALID_FILE_ATTRIBUTES)
+      return IoStatus::Fail(error, ErrorText(error));
+    if (IoStatus moved = move(); !moved) return moved;
+  }
+  // Some systems' ReplaceFile only renames (Wine's): the attributes and the creation
+  // time are put back where they did not come along.
+  if (known) {
+    constexpr DWORD kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+    const DWORD now = GetFileAttributesW(wtarget.c_str());
+    if (now != INVALID_FILE_ATTRIBUTES && (now & kKept) != (before.dwFileAttributes & kKept))
+      SetFileAttributesW(wtarget.c_str(), (now & ~kKept) | (before.dwFileAttributes & kKept) | FILE_ATTRIBUTE_ARCHIVE);
+    UniqueHandle file(CreateFileW(wtarget.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                  nullptr, OPEN_EXISTING, 0, nullptr));
+    if (file) SetFileTime(file.get(), &before.ftCreationTime, nullptr, nullptr);
+  }
+  return IoStatus::Ok();
 }
 
 IoStatus WinPlatform::CopyFileTo(const std::string& source, const std::string& target, bool overwrite) {
@@ -188,9 +213,9 @@ std::string WinPlatform::IniRead(const std::string& section, const std::string& 
   return win::IniRead(section, key, file);
 }
 
-void WinPlatform::IniWrite(const std::string& section, const std::string& key, const std::string& value,
-                           const std::string& file) {
-  win::IniWrite(section, key, value, file);
+IoStatus WinPlatform::IniWrite(const std::string& section, const std::string& key, const std::string& value,
+                               const std::string& file) {
+  return Check(win::IniWrite(section, key, value, file));
 }
 
 bool WinPlatform::AcquireIniMutex() { return win::AcquireIniMutex(); }

@@ -35,8 +35,8 @@ class WinPlatform : public Platform {
   std::string UpperCase(std::string_view text) override;
 
   std::string IniRead(const std::string& section, const std::string& key, const std::string& file) override;
-  void IniWrite(const std::string& section, const std::string& key, const std::string& value,
-                const std::string& file) override;
+  IoStatus IniWrite(const std::string& section, const std::string& key, const std::string& value,
+                    const std::string& file) override;
   bool AcquireIniMutex() override;
   void ReleaseIniMutex() override;
   std::string RegReadString(const std::string& subkey, const std::string& value_name) override;

@@ -7,6 +7,12 @@
 #include "clut_test_data.h"
 #include "colortable/clut_locations.h"
 #include "common/test_platform.h"
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 namespace tq {
 namespace {
@@ -131,6 +137,42 @@ TEST_F(ColorTableFiles, AFailureAtAnyStepOfTheSaveLeavesTheOldFileWhole) {
     EXPECT_EQ(p.prompts[0].text, "Cannot write color table file: " + state.ClutFileName +
                                      "\r\nThere is not enough space on the disk.\r\n\r\nThe previous file is unchanged.");
   }
+}
+
+// A save replaces the content only: the file keeps what makes it that file.
+TEST_F(ColorTableFiles, ASaveKeepsTheFilesAttributesPermissionsAndLinks) {
+  state.rows.fill({RowColour::Kind::Colour, 0x0000FF});
+  const std::string before = Read(state.ClutFileName);
+#ifdef _WIN32
+  const char* path = state.ClutFileName.c_str();
+  ASSERT_TRUE(SetFileAttributesA(path, FILE_ATTRIBUTE_HIDDEN));
+  const FILETIME created{0x12345678, 0x01B00000};
+  HANDLE file = CreateFileA(path, FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  ASSERT_TRUE(SetFileTime(file, &created, nullptr, nullptr));
+  CloseHandle(file);
+  ASSERT_TRUE(SaveColorTable(p, state));
+  WIN32_FILE_ATTRIBUTE_DATA after{};
+  ASSERT_TRUE(GetFileAttributesExA(path, GetFileExInfoStandard, &after));
+  EXPECT_TRUE(after.dwFileAttributes & FILE_ATTRIBUTE_HIDDEN);
+  EXPECT_EQ(CompareFileTime(&after.ftCreationTime, &created), 0);
+  const std::string target = state.ClutFileName;
+#else
+  // Reached through a link from another folder, with permissions of its own.
+  test::ScratchFolder elsewhere;
+  const std::string target = posix::NativePath(state.ClutFileName), link = posix::NativePath(elsewhere / "linked.clut");
+  ASSERT_EQ(::chmod(target.c_str(), 0640), 0);
+  ASSERT_EQ(::symlink(target.c_str(), link.c_str()), 0);
+  state.ClutFileName = link;
+  p.answers = {kIdYes};  // no lock file beside the link: saved when the user says so
+  ASSERT_TRUE(SaveColorTable(p, state));
+  struct stat seen{};
+  ASSERT_EQ(::lstat(link.c_str(), &seen), 0);
+  EXPECT_TRUE(S_ISLNK(seen.st_mode));
+  ASSERT_EQ(::stat(target.c_str(), &seen), 0);
+  EXPECT_EQ(seen.st_mode & 0777, 0640u);
+#endif
+  EXPECT_NE(Read(target), before);
+  EXPECT_TRUE(NoTempFiles());
 }
 
 TEST_F(ColorTableFiles, AnUpgradeIsOneReplaceSoAFailureLeavesTheOldFileOrTheNewOne) {

@@ -158,17 +158,21 @@ TEST(EnableChanges, DecidesFromTheHostTheLevelAndTheRestoreCopy) {
   const struct {
     bool enable;
     std::int16_t level;
-    bool restore_copy, disable_ok, ok_before;
+    bool restore_copy, restore_source, disable_ok, ok_before;
     EnableDecision expected;
   } rows[] = {
-      {true, 2, false, true, true, {1301, true, true, false, true, true, true, true}},
-      {true, 1, true, true, true, {1302, false, false, false, false, false, false, false}},
-      {false, -1, false, false, true, {1302, true, false, false, false, false, false, false}},
-      {true, 1, false, false, false, {1302, false, false, false, false, false, false, false}},
+      {true, 2, false, false, true, true, {1301, true, true, false, true, true, true, true}},
+      {true, 2, true, true, true, true, {1301, true, true, true, true, true, false, true}},
+      // "a.v2.clut" beside "a$v2$clut": a restore copy, but not the file Restore reads.
+      {true, 2, true, false, true, true, {1301, true, true, false, true, true, false, true}},
+      {true, 1, true, true, true, true, {1302, false, false, false, false, false, false, false}},
+      {false, -1, false, false, false, true, {1302, true, false, false, false, false, false, false}},
+      {true, 1, false, false, false, false, {1302, false, false, false, false, false, false, false}},
   };
   for (const auto& r : rows)
-    EXPECT_TRUE(DecideEnableChanges(r.enable, r.level, r.restore_copy, r.disable_ok, r.ok_before) == r.expected)
-        << r.enable << " level " << r.level << " restore " << r.restore_copy;
+    EXPECT_TRUE(DecideEnableChanges(r.enable, r.level, r.restore_copy, r.restore_source, r.disable_ok, r.ok_before) ==
+                r.expected)
+        << r.enable << " level " << r.level << " restore " << r.restore_copy << r.restore_source;
 }
 
 TEST_F(Session, OkRecordsTheChosenTableAndSendsTheColoursAndOnlyAnUninitialisedControlNamesTheFile) {
@@ -197,6 +201,28 @@ TEST_F(Session, OkRecordsTheChosenTableAndSendsTheColoursAndOnlyAnUninitialisedC
   EXPECT_EQ(editor.shown[1].clut_file, night);
   EXPECT_EQ(editor.shown[2].clut_file, colors);
   EXPECT_EQ(editor.shown[2].tab, 0);  // tab names are matched in their exact letters
+}
+
+TEST_F(Session, ContextSentWhileTheEditorIsOpenTakesEffectWhenItCloses) {
+  ControlInstanceState c;
+  frmTqColorSetting& s = Initialize(c);
+  const std::string edited = s.ClutFileName();
+  test::ScratchFolder elsewhere;
+  editor.act = [&](frmTqColorSetting& f) {
+    f.SetObjectValue(c, "AppFolder", elsewhere.path(), error);
+    f.SetObjectValue(c, "Initialize", "ColorScheme", error);
+    f.SetObjectValue(c, "AuthorizationLevel", std::int16_t{0}, error);
+    EXPECT_EQ(f.ClutFileName(), edited);  // the file the lock is on
+    EXPECT_EQ(f.AuthorizationLevelTools, 2);
+    f.ColorPicked(6, 0x0000FF);
+    f.cmdOK_Click();
+  };
+  EXPECT_TRUE(Show(c));
+  std::string bytes;
+  ASSERT_TRUE(p.ReadFile(edited, bytes));
+  EXPECT_EQ(ParseClutLine(SplitClutLines(bytes).lines[35]), 0x0000FF);
+  EXPECT_EQ(s.AuthorizationLevelTools, 0);
+  EXPECT_EQ(s.ClutFileName(), p.AbsolutePath(elsewhere / "ColorSchemes\\QLT830_colors.clut"));
 }
 
 TEST_F(Session, PicksOkAndCancelFollowTheRulesAndAFailedSaveKeepsTheEditorOpen) {
@@ -376,19 +402,41 @@ TEST_F(Session, SaveAsCopiesRenamesOverwritesOnlyWhenAskedAndRefusesNamesOutside
     EXPECT_EQ(PromptsFrom(p, asked),
               std::vector<std::string>{"Night.clut already exists. Do you want to overwrite the existing one?|52"});
 
-    // An existing name answered No, then every kind of hostile name: the dialog
-    // stays open through all of them, and Cancel ends it.
-    editor.typed = {"QLT830_colors", "..\\evil", "sub\\evil", "a/evil", "C:evil", "\\\\server\\share\\evil", "CON",
+    // A Save As that cannot write, or onto a file another editor holds that the user then
+    // takes read-only: the editor stays on the file it came from, the pick still unsaved.
+    const std::string night = p.AbsolutePath(folder + "Night.clut");
+    ASSERT_TRUE(p.CopyFileTo(colors, folder + "held.clut", false));
+    clsLockFileCreator holder(p);
+    std::string holder_app = "Other", holder_user = "op2";
+    ASSERT_EQ(holder.CreateLockFile(folder + "held.clut", holder_app, holder_user, LockMode::Open, true), LockResult::Locked);
+    p.SetFaultHook([](std::string_view op, const std::string& path) -> std::optional<IoStatus> {
+      if (op == "MoveReplace" && FileNameOf(path) == "Failed.clut") return IoStatus::Fail(5, "Access is denied.");
+      return std::nullopt;
+    });
+    f.ColorPicked(6, 0x00FFFF);
+    for (auto [name, answers] : {std::pair<const char*, std::vector<int>>{"Failed", {kIdOk}}, {"held", {kIdYes, kIdYes}}}) {
+      editor.typed = {name};
+      p.answers.assign(answers.begin(), answers.end());
+      f.cmdSave_Click();
+      EXPECT_EQ(f.ClutFileName(), night) << name;
+      EXPECT_TRUE(f.ColorsChanged && f.EnableChanges() && f.LockFileCreated && p.FileExists(night + ".lock")) << name;
+    }
+    p.SetFaultHook(nullptr);
+
+    // An existing name answered No (a listed scheme, another file in another case), then
+    // every kind of hostile name: the dialog stays open through all of them, and Cancel ends it.
+    editor.typed = {"QLT830_colors", "NIGHT.2", "Night.clut.lock", "a.TMP", "..\\evil", "sub\\evil", "a/evil", "C:evil", "\\\\server\\share\\evil", "CON",
                     "nul.clut", "com1", "LPT9.txt", "a<b", "a|b", "what?", "tab\tname", "dot.", " blank", ".clut"};
-    p.answers = {kIdNo};
+    p.answers = {kIdNo, kIdNo};
     p.allow_unscripted = true;
     const std::size_t refused = p.prompts.size();
     f.cmdSave_Click();
     p.allow_unscripted = false;
     const auto seen = PromptsFrom(p, refused);
-    ASSERT_EQ(seen.size(), 17u);
+    ASSERT_EQ(seen.size(), 20u);
     EXPECT_EQ(seen[0], "QLT830_colors.clut already exists. Do you want to overwrite the existing one?|52");
-    EXPECT_EQ(seen[1], "\"..\\evil\" cannot be used as a color scheme name. Enter a file name without a folder, a "
+    EXPECT_EQ(seen[1], "NIGHT.2 already exists. Do you want to overwrite the existing one?|52");
+    EXPECT_EQ(seen[4], "\"..\\evil\" cannot be used as a color scheme name. Enter a file name without a folder, a "
                        "drive or \"..\", without the characters \\ / : * ? \" < > |, not ending in a dot or a blank, "
                        "and not a device name such as CON or NUL.|48");
     for (std::size_t i = 2; i < seen.size(); ++i)
@@ -401,7 +449,8 @@ TEST_F(Session, SaveAsCopiesRenamesOverwritesOnlyWhenAskedAndRefusesNamesOutside
   // Nothing was written beside the scheme folder or in it but the two saved schemes.
   std::vector<std::string> names = p.ListFileNames(folder), outside = p.ListFileNames(app.path());
   std::sort(names.begin(), names.end());
-  EXPECT_EQ(names, (std::vector<std::string>{"Night.2", "Night.clut", "QLT830_colors$clut", "QLT830_colors.clut"}));
+  EXPECT_EQ(names, (std::vector<std::string>{"Failed.clut", "Night.2", "Night.clut", "QLT830_colors$clut",
+                                             "QLT830_colors.clut", "held.clut"}));
   EXPECT_TRUE(outside.empty() || outside == std::vector<std::string>{"FrameWindow.ini"});
 }
 
@@ -480,8 +529,9 @@ TEST_F(Session, RestoreDefaultsShowsTheReferenceColoursUnsavedAndSurvivesAMissin
       {"Yes", {kIdYes}, true, true, {ask}, reference35, true},
       {"No", {kIdNo}, true, true, {ask}, 0x123456, false},
       {"no DVHOME", {kIdYes, kIdOk}, false, true, {ask, "Registry value DVHOME not found|16"}, 0x123456, false},
+      // Nothing read, nothing changed: no "Unreadable" rows that OK would fill with other colours.
       {"no reference file", {kIdYes, kIdOk}, true, false,
-       {ask, "Color table file not found: " + p.UpperCase(Scheme("QLT830_colors$clut")) + "|16"}, kSystemButtonFace, false},
+       {ask, "Color table file not found: " + p.UpperCase(Scheme("QLT830_colors$clut")) + "|16"}, 0x123456, false},
   };
   for (const Case& test : cases) {
     SCOPED_TRACE(test.what);
@@ -509,6 +559,15 @@ TEST_F(Session, RestoreDefaultsShowsTheReferenceColoursUnsavedAndSurvivesAMissin
   }
   ASSERT_TRUE(p.ReadFile(colors, after));
   EXPECT_EQ(ParseClutLine(SplitClutLines(after).lines[35]), reference35);
+  // A name with two dots has a restore copy by the "$" rule that Restore would not read.
+  ASSERT_TRUE(p.CopyFileTo(colors, Scheme("QLT830_a.v2.clut"), false));
+  ASSERT_TRUE(p.CopyFileTo(colors, Scheme("QLT830_a$v2$clut"), false));
+  editor.act = [&](frmTqColorSetting& f) {
+    EXPECT_FALSE(f.Enablement().restore_defaults || f.Enablement().delete_scheme);
+    f.cmdCancel_Click();
+  };
+  ControlInstanceState naming;  // not initialised: Show opens the file it names
+  Show(naming, Scheme("QLT830_a.v2.clut"));
 }
 
 TEST_F(Session, LogicalColoursExportAsWrittenByHandAndImportAsUnsavedChangesThroughEitherFileDialog) {
@@ -531,6 +590,15 @@ TEST_F(Session, LogicalColoursExportAsWrittenByHandAndImportAsUnsavedChangesThro
     f.miExport_Click();
     EXPECT_EQ(editor.dialog_folder, "C:\\");  // the toolkit is not in an installation's place
     EXPECT_EQ(p.host_calls.back(), (std::pair<int, std::string>{kHostFileNotice, ini}));
+    // A target that cannot be written: the user is told, the host hears of nothing.
+    const std::size_t calls = p.host_calls.size();
+    ASSERT_TRUE(p.WriteNewFile(other, "[Logical Colors]\r\n") && p.SetAttributes(other, kAttrReadOnly));
+    editor.file = other;
+    p.answers = {kIdOk};
+    f.miExport_Click();
+    EXPECT_EQ(p.host_calls.size(), calls);
+    EXPECT_EQ(p.prompts.back().text.find(other), 0u);
+    p.SetAttributes(other, kAttrNormal);
     f.cmdCancel_Click();
   };
   Show(c);
