@@ -116,8 +116,12 @@ IoStatus WinPlatform::MoveReplace(const std::string& source, const std::string& 
     return Check(MoveFileExW(wsource.c_str(), wtarget.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
   };
   if (attributes == INVALID_FILE_ATTRIBUTES) return move();  // nothing there to keep
-  WIN32_FILE_ATTRIBUTE_DATA before{};
-  const bool known = GetFileAttributesExW(wtarget.c_str(), GetFileExInfoStandard, &before);
+  // A target that another process holds open cannot be replaced: said at once, with
+  // the system's reason, before ReplaceFile tries (Wine's leaves a temporary file behind).
+  if (UniqueHandle probe(CreateFileW(wtarget.c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                     nullptr, OPEN_EXISTING, 0, nullptr));
+      !probe)
+    return LastError();
   // ReplaceFile gives the new content the target's attributes, security descriptor,
   // owner, creation time and streams. Without a backup file its failures leave the
   // target as it was, except one: the target removed and the new file not yet moved
@@ -129,17 +133,12 @@ IoStatus WinPlatform::MoveReplace(const std::string& source, const std::string& 
       return IoStatus::Fail(error, ErrorText(error));
     if (IoStatus moved = move(); !moved) return moved;
   }
-  // Some systems' ReplaceFile only renames (Wine's): the attributes and the creation
-  // time are put back where they did not come along.
-  if (known) {
-    constexpr DWORD kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
-    const DWORD now = GetFileAttributesW(wtarget.c_str());
-    if (now != INVALID_FILE_ATTRIBUTES && (now & kKept) != (before.dwFileAttributes & kKept))
-      SetFileAttributesW(wtarget.c_str(), (now & ~kKept) | (before.dwFileAttributes & kKept) | FILE_ATTRIBUTE_ARCHIVE);
-    UniqueHandle file(CreateFileW(wtarget.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                  nullptr, OPEN_EXISTING, 0, nullptr));
-    if (file) SetFileTime(file.get(), &before.ftCreationTime, nullptr, nullptr);
-  }
+  // Some systems' ReplaceFile only renames (Wine's): the attributes are put back
+  // where they did not come along.
+  constexpr DWORD kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+  const DWORD now = GetFileAttributesW(wtarget.c_str());
+  if (now != INVALID_FILE_ATTRIBUTES && (now & kKept) != (attributes & kKept))
+    SetFileAttributesW(wtarget.c_str(), (now & ~kKept) | (attributes & kKept) | FILE_ATTRIBUTE_ARCHIVE);
   return IoStatus::Ok();
 }
 

@@ -590,15 +590,15 @@ TEST_F(Session, LogicalColoursExportAsWrittenByHandAndImportAsUnsavedChangesThro
     f.miExport_Click();
     EXPECT_EQ(editor.dialog_folder, "C:\\");  // the toolkit is not in an installation's place
     EXPECT_EQ(p.host_calls.back(), (std::pair<int, std::string>{kHostFileNotice, ini}));
-    // A target that cannot be written: the user is told, the host hears of nothing.
-    const std::size_t calls = p.host_calls.size();
-    ASSERT_TRUE(p.WriteNewFile(other, "[Logical Colors]\r\n") && p.SetAttributes(other, kAttrReadOnly));
-    editor.file = other;
+    // A target that cannot be written (its folder has gone): the user is told, the host
+    // hears of nothing.
+    const std::size_t calls = p.host_calls.size(), asked = p.prompts.size();
+    editor.file = app / "gone\\colors.ini";
     p.answers = {kIdOk};
     f.miExport_Click();
     EXPECT_EQ(p.host_calls.size(), calls);
-    EXPECT_EQ(p.prompts.back().text.find(other), 0u);
-    p.SetAttributes(other, kAttrNormal);
+    ASSERT_EQ(p.prompts.size(), asked + 1);
+    EXPECT_EQ(p.prompts.back().text.find(editor.file), 0u);
     f.cmdCancel_Click();
   };
   Show(c);
