@@ -4,18 +4,10 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 namespace tq {
 
 class Platform;
-
-// a if b is less than a, else b (ties give b).
-template <typename T>
-const T& Max(const T& a, const T& b) {
-  return b < a ? a : b;
-}
 
 // The bytes of a colour value 0x00BBGGRR.
 inline std::int16_t RedOf(std::int32_t colour) { return static_cast<std::int16_t>(colour & 0xFF); }
@@ -29,8 +21,6 @@ std::string FormatClutComponent(std::int16_t value);
 std::string FileNameOf(std::string_view path);
 // The text up to and including the last "\" (or "/"); "" when there is none.
 std::string FolderOf(std::string_view path);
-
-inline void SwapStrings(std::string& a, std::string& b) { std::swap(a, b); }
 
 // Upper-cased copy, ASCII letters only: enough to find the ASCII markers of file
 // names ("QLT830_", ".CLUT", ".LOCK") whatever their case.
@@ -47,8 +37,5 @@ bool CreateFolderViaHost(Platform& platform, const std::string& folder);
 // through the host; false for a path without "\". The folder's existence afterwards
 // decides, not the host's answer: a host may create it and still report a failure.
 bool EnsureFolderOf(Platform& platform, std::string_view path);
-
-inline void AppendString(std::vector<std::string>& array, std::string text) { array.push_back(std::move(text)); }
-inline bool IsArrayEmpty(const std::vector<std::string>& array) { return array.empty(); }
 
 }  // namespace tq

@@ -7,7 +7,7 @@
 namespace tq {
 namespace {
 
-TEST(Utils, ClutFieldsColourBytesPathsAndMax) {
+TEST(Utils, ClutFieldsColourBytesAndPaths) {
   const std::pair<std::int16_t, const char*> fields[] = {
       {0, "  0  "}, {9, "  9  "}, {10, " 10  "}, {99, " 99  "}, {100, "100  "}, {-5, " -5  "}, {32767, "32767  "}};
   for (const auto& [value, text] : fields) EXPECT_EQ(FormatClutComponent(value), text) << value;
@@ -18,9 +18,6 @@ TEST(Utils, ClutFieldsColourBytesPathsAndMax) {
   EXPECT_EQ(FileNameOf("a.clut"), "a.clut");
   EXPECT_EQ(FolderOf("C:\\sc\\etc\\a.clut"), "C:\\sc\\etc\\");
   EXPECT_EQ(FolderOf("a.clut"), "");
-  const std::string a = "x", b = "x";
-  EXPECT_EQ(&Max(a, b), &b);
-  EXPECT_EQ(Max(3, 2), 3);
 }
 
 TEST(Utils, NamesCompareIgnoringCaseAsTheSystemFoldsThem) {
