@@ -15,8 +15,10 @@ ColorSchemeModule& ThisThreadColorSchemes() {
 
 void ResetColorSchemeModule() { ThisThreadColorSchemes() = ColorSchemeModule(); }
 
+std::string ReadDVHome(Platform& platform) { return platform.RegReadString(kDVHomeKey, "DVHOME"); }
+
 std::string GetDVHome(Platform& platform, ColorTableState& state) {
-  std::string home = platform.RegReadString(kDVHomeKey, "DVHOME");
+  std::string home = ReadDVHome(platform);
   if (home.empty()) {
     int buttons = kMbOk;
     platform.ShowMessage(GetString(1315), buttons, kMbIconCritical, GetString(1301));
@@ -110,7 +112,7 @@ int SyncClutFilesFromGlobalToApp(Platform& platform, ColorTableState& state) {
 void SetIniPaths(Platform& platform, const std::string& app_folder, const std::string& user_folder) {
   ColorSchemeModule& m = ThisThreadColorSchemes();
   // Read without GetDVHome: a missing value has already been reported by this start-up.
-  const std::string root = InstallationRoot(platform.RegReadString(kDVHomeKey, "DVHOME"));
+  const std::string root = InstallationRoot(ReadDVHome(platform));
   m.factory_ini = root.empty() ? std::string() : root + "tq_lib\\defaults\\misc\\default_FrameWindow.ini";
   m.app_ini = app_folder + "FrameWindow.ini";
   m.user_ini = user_folder + "FrameWindow.ini";

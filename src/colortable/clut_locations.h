@@ -26,7 +26,9 @@ struct ColorSchemeModule {
 ColorSchemeModule& ThisThreadColorSchemes();
 void ResetColorSchemeModule();
 
-// The toolkit home from the registry; "" with message 1315 and ClutError when missing.
+// The toolkit home from the registry ("" when missing), without a word to the user.
+std::string ReadDVHome(Platform& platform);
+// The same; "" with message 1315 and ClutError when missing.
 std::string GetDVHome(Platform& platform, ColorTableState& state);
 // home + "\etc\QLT830_colors.clut", or "" without a home.
 std::string GetDefaultClutFile(Platform& platform, ColorTableState& state);

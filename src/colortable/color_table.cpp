@@ -157,7 +157,7 @@ void CheckClutVersion(Platform& platform, ColorTableState& state, bool require_e
   if (!ReplaceFileContent(platform, path, JoinClutLines(MarkClutVersion(std::move(lines), version)))) return;
 
   const std::string home = report == LoadReport::ToUser ? GetDVHome(platform, state)
-                                                        : platform.RegReadString(kDVHomeKey, "DVHOME");
+                                                        : ReadDVHome(platform);
   if (home.empty()) return;  // "\etc\<name>" would name nothing useful
   const std::string global = home + "\\etc\\" + FileNameOf(path);
   if (platform.FileExists(global)) platform.CopyFileTo(path, global, true);

@@ -240,7 +240,7 @@ void frmTqColorSetting::cmdDelete_Click() {
 void frmTqColorSetting::miRestoreDefaults_Click() {
   if (!enablement_.restore_defaults) return;
   if (Ask(Text(1317), kMbYesNo, kMbIconExclamation) != kIdYes) return;
-  if (platform_->RegReadString(kDVHomeKey, "DVHOME").empty()) {
+  if (ReadDVHome(*platform_).empty()) {
     Ask(Text(1315), kMbOk, kMbIconCritical);
     return;
   }
@@ -267,7 +267,7 @@ std::string frmTqColorSetting::ChooseLogicalColorsFile(FileDialogKind kind) {
   const bool import = kind == FileDialogKind::Open;
   const std::string filter = Text(1331) + " (*.ini)|*.ini|" + Text(1332) + " (*.*)|*.*|";
   const std::string title = Text(import ? 1329 : 1330);
-  const std::string root = InstallationRoot(platform_->RegReadString(kDVHomeKey, "DVHOME"));
+  const std::string root = InstallationRoot(ReadDVHome(*platform_));
   file_dialog_folder_ = root.empty() ? "C:\\" : root + "tq_lib\\defaults\\ColorSettingTool";
   if (UseCustomFileDlg && CustomFileDlg) {
     HostValue file;
