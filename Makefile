@@ -19,7 +19,7 @@ samples: deps
 	@tools/run-samples
 
 # The pictures in docs/ (the editor and the display in English and German, the editor
-# on the high-performance scheme), from the demo display.
+# on the high-performance scheme and read-only on the voltage levels), from the demo display.
 screenshots: deps
 	@tools/make-screenshots
 

@@ -6,12 +6,13 @@
 // new colours.
 //
 //   demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] [--scheme <name.clut>]
-//                [--file-dialog control|host]
+//                [--file-dialog control|host] [--tab <tag>] [--category <n>] [--enable-changes true|false]
 //                [--screenshot <editor.bmp> [--display-screenshot <display.bmp>]]
 //
 // The folders default to app\ and user\ in the current folder; the log shows them as
 // <app>\ and <user>\. --file-dialog host makes Import and Export ask the display's own
-// file dialogs through the control's event BrowsePressed (browse_sink.cpp). --scheme makes that
+// file dialogs through the control's event BrowsePressed (browse_sink.cpp). --tab (default
+// StatusTab), --category and --enable-changes are Show2's arguments. --scheme makes that
 // file of the application's scheme folder the user's chosen scheme (FrameWindow.ini
 // in the user folder), as choosing it in the editor and pressing OK would. With --screenshot the
 // display opens the editor at once, saves a picture of it as a 24-bit BMP, cancels
@@ -56,6 +57,9 @@ struct Options {
   std::wstring display_screenshot;       // "": none
   std::wstring scheme;                   // "": the control's ClutFile
   bool host_file_dialog = false;         // --file-dialog host
+  std::wstring tab = L"StatusTab";       // the tab Show2 opens, by its tag
+  short category = 0;
+  bool enable_changes = true;            // --enable-changes false: read-only
 };
 
 // ---- Small helpers ---------------------------------------------------------------
@@ -142,6 +146,12 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options) {
       options.scheme = value;
     else if (name == L"--file-dialog" && (value == L"host" || value == L"control"))
       options.host_file_dialog = value == L"host";
+    else if (name == L"--tab")
+      options.tab = value;
+    else if (name == L"--category")
+      options.category = static_cast<short>(_wtoi(value.c_str()));
+    else if (name == L"--enable-changes" && (value == L"true" || value == L"false"))
+      options.enable_changes = value == L"true";
     else
       return false;
   }
@@ -542,7 +552,7 @@ void Display::OnStart() {
     display_written = SaveScreenRect(rect, options_.display_screenshot);
   }
   if (!shot_.taken) {
-    Print(L"demo_display: the editor window did not appear (Show returned without showing a window of class " +
+    Print(L"demo_display: the editor window did not appear (Show2 returned without showing a window of class " +
           std::wstring(kEditorClass) + L")");
     exit_code_ = 3;
   } else if (!shot_.written) {
@@ -655,32 +665,35 @@ Variant Display::GetValue(const wchar_t* key) {
 }
 
 bool Display::ShowEditor() {
-  // Show takes all four arguments by reference.
+  // Show2 opens the tab by its tag, wherever Pipeline puts it; it takes all four
+  // arguments by reference, as the display's own language passes them.
   Variant clut_file = GetValue(L"ClutFile");
   if (FAILED(VariantChangeType(clut_file.get(), clut_file.get(), 0, VT_BSTR))) clut_file = Variant::Text(L"");
-  short tab = 0, category = 0;
-  VARIANT_BOOL enable_changes = VARIANT_TRUE;
+  Variant tab = Variant::Text(options_.tab);
+  short category = options_.category;
+  VARIANT_BOOL enable_changes = options_.enable_changes ? VARIANT_TRUE : VARIANT_FALSE;
   VARIANT args[4] = {};
   args[0].vt = VT_BYREF | VT_BSTR;
   args[0].pbstrVal = &clut_file.get()->bstrVal;
-  args[1].vt = VT_BYREF | VT_I2;
-  args[1].piVal = &tab;
+  args[1].vt = VT_BYREF | VT_BSTR;
+  args[1].pbstrVal = &tab.get()->bstrVal;
   args[2].vt = VT_BYREF | VT_I2;
   args[2].piVal = &category;
   args[3].vt = VT_BYREF | VT_BOOL;
   args[3].pboolVal = &enable_changes;
-  Log(L"Show(\"" + DescribeValue(*clut_file.get()) + L"\", 0, 0, True)");
+  Log(L"Show2(\"" + DescribeValue(*clut_file.get()) + L"\", \"" + options_.tab + L"\", " + std::to_wstring(category) +
+      L", " + (options_.enable_changes ? L"True" : L"False") + L")");
 
   showing_ = true;
   EnableWindow(button_, FALSE);
   Variant result;
-  const HRESULT hr = Call(L"Show", {args[0], args[1], args[2], args[3]}, result.get());
+  const HRESULT hr = Call(L"Show2", {args[0], args[1], args[2], args[3]}, result.get());
   EnableWindow(button_, TRUE);
   showing_ = false;
 
   const bool shown = SUCCEEDED(hr) && SUCCEEDED(VariantChangeType(result.get(), result.get(), 0, VT_BOOL)) &&
                      result.get()->boolVal != VARIANT_FALSE;
-  Log(std::wstring(L"Show returned ") + (shown ? L"True" : L"False"));
+  Log(std::wstring(L"Show2 returned ") + (shown ? L"True" : L"False"));
   return shown;
 }
 
@@ -743,7 +756,7 @@ void Display::Received(const std::wstring& expression) {
 }
 
 void Display::PrintSummary(bool shown) const {
-  Print(std::wstring(L"Result: Show returned ") + (shown ? L"True" : L"False"));
+  Print(std::wstring(L"Result: Show2 returned ") + (shown ? L"True" : L"False"));
   Print(L"Colour lists received: " + std::to_wstring(lists_.size()));  // the lines as #RRGGBB
   for (const ColorList& list : lists_) Print(L"  " + Describe(list));
 }
@@ -756,7 +769,7 @@ int wmain(int argc, wchar_t** argv) {
   demo::Options options;
   if (!demo::ParseOptions(argc, argv, options)) {
     demo::Print(L"usage: demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] [--scheme <name.clut>] "
-                L"[--file-dialog control|host] "
+                L"[--file-dialog control|host] [--tab <tag>] [--category <n>] [--enable-changes true|false] "
                 L"[--screenshot <editor.bmp> [--display-screenshot <display.bmp>]]");
     return 2;
   }
