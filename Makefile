@@ -1,4 +1,5 @@
-# The two commands of the README; everything else is reached through them.
+# `make demo` and `make test` are the README's two set-up commands; the README also
+# shows `make package` and `make samples`. CONTRIBUTING.md describes every target.
 .PHONY: test demo deps bench fuzz samples screenshots package
 deps:
 	@tools/install-deps
@@ -17,7 +18,8 @@ demo: deps
 samples: deps
 	@tools/run-samples
 
-# The pictures in docs/ (editor and display, English and German), from the demo.
+# The pictures in docs/ (the editor and the display in English and German, the editor
+# on the high-performance scheme and read-only on the voltage levels), from the demo display.
 screenshots: deps
 	@tools/make-screenshots
 

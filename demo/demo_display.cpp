@@ -6,9 +6,13 @@
 // new colours.
 //
 //   demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] [--scheme <name.clut>]
+//                [--file-dialog control|host] [--tab <tag>] [--category <n>] [--enable-changes true|false]
 //                [--screenshot <editor.bmp> [--display-screenshot <display.bmp>]]
 //
-// The folders default to app\ and user\ in the current folder. --scheme makes that
+// The folders default to app\ and user\ in the current folder; the log shows them as
+// <app>\ and <user>\. --file-dialog host makes Import and Export ask the display's own
+// file dialogs through the control's event BrowsePressed (browse_sink.cpp). --tab (default
+// StatusTab), --category and --enable-changes are Show2's arguments. --scheme makes that
 // file of the application's scheme folder the user's chosen scheme (FrameWindow.ini
 // in the user folder), as choosing it in the editor and pressing OK would. With --screenshot the
 // display opens the editor at once, saves a picture of it as a 24-bit BMP, cancels
@@ -28,6 +32,7 @@
 #include <string>
 #include <vector>
 
+#include "browse_sink.h"
 #include "list_comm_host.h"
 
 namespace demo {
@@ -51,6 +56,10 @@ struct Options {
   std::wstring screenshot;               // "": interactive
   std::wstring display_screenshot;       // "": none
   std::wstring scheme;                   // "": the control's ClutFile
+  bool host_file_dialog = false;         // --file-dialog host
+  std::wstring tab = L"StatusTab";       // the tab Show2 opens, by its tag
+  short category = 0;
+  bool enable_changes = true;            // --enable-changes false: read-only
 };
 
 // ---- Small helpers ---------------------------------------------------------------
@@ -135,6 +144,14 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options) {
       options.display_screenshot = value;
     else if (name == L"--scheme")
       options.scheme = value;
+    else if (name == L"--file-dialog" && (value == L"host" || value == L"control"))
+      options.host_file_dialog = value == L"host";
+    else if (name == L"--tab")
+      options.tab = value;
+    else if (name == L"--category")
+      options.category = static_cast<short>(_wtoi(value.c_str()));
+    else if (name == L"--enable-changes" && (value == L"true" || value == L"false"))
+      options.enable_changes = value == L"true";
     else
       return false;
   }
@@ -171,8 +188,9 @@ std::vector<ColorList> ParseColorLists(const std::wstring& expression) {
   return lists;
 }
 
+// The list with its colours as #RRGGBB (the control sends them as decimal 0x00BBGGRR).
 std::wstring Describe(const ColorList& list) {
-  std::wstring text = list.name + L":";
+  std::wstring text = list.name + L" as #RRGGBB:";
   for (const auto& [key, value] : list.colours) {
     wchar_t colour[16];
     if (value >= 0 && value <= 0xFFFFFF)  // shown as #RRGGBB
@@ -364,7 +382,8 @@ class Display {
   HRESULT SetValue(const wchar_t* key, const Variant& value);
   Variant GetValue(const wchar_t* key);
   bool ShowEditor();
-  void Log(const std::wstring& line);
+  void Log(const std::wstring& text);
+  void AddLogLine(const std::wstring& line);
   void Received(const std::wstring& expression);
   void PrintSummary(bool shown) const;
 
@@ -376,6 +395,7 @@ class Display {
   int log_width_ = 0;  // of the widest log line, for the horizontal scroll bar
   ComPtr<IDispatch> control_;
   ComPtr<ListCommHost> host_;
+  ComPtr<BrowseSink> browse_sink_;  // with --file-dialog host
   std::vector<ColorList> lists_;
   bool showing_ = false;
   int exit_code_ = 0;
@@ -532,7 +552,7 @@ void Display::OnStart() {
     display_written = SaveScreenRect(rect, options_.display_screenshot);
   }
   if (!shot_.taken) {
-    Print(L"demo_display: the editor window did not appear (Show returned without showing a window of class " +
+    Print(L"demo_display: the editor window did not appear (Show2 returned without showing a window of class " +
           std::wstring(kEditorClass) + L")");
     exit_code_ = 3;
   } else if (!shot_.written) {
@@ -562,12 +582,14 @@ void Display::OnTimer() {
   GetWindowRect(windows.editor, &rect);
   shot_.taken = true;
   shot_.written = SaveScreenRect(rect, options_.screenshot);
-  Log(L"Editor captured into " + options_.screenshot + (shot_.written ? L"" : L" (failed)") + L"; cancelling it");
+  Log(std::wstring(L"Editor captured") + (shot_.written ? L"" : L" (failed)") + L"; cancelling it");
   PostMessageW(windows.editor, WM_COMMAND, IDCANCEL, 0);
 }
 
 void Display::OnDestroy() {
   // The control goes before the host object it holds, both while the window they know exists.
+  if (browse_sink_) browse_sink_->Disconnect();
+  browse_sink_.Reset();
   control_.Reset();
   host_.Reset();
   PostQuitMessage(exit_code_);
@@ -610,6 +632,15 @@ bool Display::ConnectControl() {
   };
   for (const auto& [key, value] : context)
     if (FAILED(SetValue(key, value))) return false;
+  if (options_.host_file_dialog) {
+    browse_sink_.Attach(BrowseSink::Create());
+    const HRESULT connected = browse_sink_->Connect(control_.Get());
+    if (FAILED(connected) || FAILED(SetValue(L"UseCustomFileDlg", Variant::Bool(true)))) {
+      Log(L"The display's own file dialogs could not be connected (" + HresultText(connected) + L")");
+      return false;
+    }
+    Log(L"Import and Export ask the display's own file dialogs (BrowsePressed)");
+  }
   Log(L"Control ready; colour table " + DescribeValue(*GetValue(L"ClutFile").get()));
   return true;
 }
@@ -634,38 +665,62 @@ Variant Display::GetValue(const wchar_t* key) {
 }
 
 bool Display::ShowEditor() {
-  // Show takes all four arguments by reference.
+  // Show2 opens the tab by its tag, wherever Pipeline puts it; it takes all four
+  // arguments by reference, as the display's own language passes them.
   Variant clut_file = GetValue(L"ClutFile");
   if (FAILED(VariantChangeType(clut_file.get(), clut_file.get(), 0, VT_BSTR))) clut_file = Variant::Text(L"");
-  short tab = 0, category = 0;
-  VARIANT_BOOL enable_changes = VARIANT_TRUE;
+  Variant tab = Variant::Text(options_.tab);
+  short category = options_.category;
+  VARIANT_BOOL enable_changes = options_.enable_changes ? VARIANT_TRUE : VARIANT_FALSE;
   VARIANT args[4] = {};
   args[0].vt = VT_BYREF | VT_BSTR;
   args[0].pbstrVal = &clut_file.get()->bstrVal;
-  args[1].vt = VT_BYREF | VT_I2;
-  args[1].piVal = &tab;
+  args[1].vt = VT_BYREF | VT_BSTR;
+  args[1].pbstrVal = &tab.get()->bstrVal;
   args[2].vt = VT_BYREF | VT_I2;
   args[2].piVal = &category;
   args[3].vt = VT_BYREF | VT_BOOL;
   args[3].pboolVal = &enable_changes;
-  Log(L"Show(\"" + DescribeValue(*clut_file.get()) + L"\", 0, 0, True)");
+  Log(L"Show2(\"" + DescribeValue(*clut_file.get()) + L"\", \"" + options_.tab + L"\", " + std::to_wstring(category) +
+      L", " + (options_.enable_changes ? L"True" : L"False") + L")");
 
   showing_ = true;
   EnableWindow(button_, FALSE);
   Variant result;
-  const HRESULT hr = Call(L"Show", {args[0], args[1], args[2], args[3]}, result.get());
+  const HRESULT hr = Call(L"Show2", {args[0], args[1], args[2], args[3]}, result.get());
   EnableWindow(button_, TRUE);
   showing_ = false;
 
   const bool shown = SUCCEEDED(hr) && SUCCEEDED(VariantChangeType(result.get(), result.get(), 0, VT_BOOL)) &&
                      result.get()->boolVal != VARIANT_FALSE;
-  Log(std::wstring(L"Show returned ") + (shown ? L"True" : L"False"));
+  Log(std::wstring(L"Show2 returned ") + (shown ? L"True" : L"False"));
   return shown;
 }
 
-void Display::Log(const std::wstring& line) {
+void Display::Log(const std::wstring& text) {
+  // The folders as <app>\ and <user>\, so that the log shows no installation's paths.
+  std::wstring line = text;
+  const std::pair<std::wstring, std::wstring> folders[] = {{options_.app_folder, L"<app>\\"},
+                                                           {options_.user_folder, L"<user>\\"}};
+  for (const auto& [folder, name] : folders)
+    for (std::size_t at = line.find(folder); !folder.empty() && at != std::wstring::npos; at = line.find(folder, at))
+      line.replace(at, folder.size(), name);
   Print(line);
   if (!log_) return;
+  // The colour lists one list a line, as the control sent them.
+  const std::wstring lists = L"HostEvaluate: #return LIST(";
+  if (line.starts_with(lists) && line.size() > lists.size()) {
+    std::wstring rest = line.substr(lists.size());
+    AddLogLine(lists);
+    for (std::size_t end; (end = rest.find(L"),")) != std::wstring::npos; rest.erase(0, end + 2))
+      AddLogLine(L"      " + rest.substr(0, end + 2));
+    AddLogLine(L"      " + rest);
+    return;
+  }
+  AddLogLine(line);
+}
+
+void Display::AddLogLine(const std::wstring& line) {
   const LRESULT at = SendMessageW(log_, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str()));
   SendMessageW(log_, LB_SETTOPINDEX, at, 0);
   if (HDC dc = GetDC(log_)) {
@@ -685,14 +740,24 @@ void Display::Received(const std::wstring& expression) {
   std::vector<ColorList> lists = ParseColorLists(expression);
   if (lists.empty()) return;
   lists_ = std::move(lists);
-  for (const ColorList& list : lists_) Log(L"  " + Describe(list));
+  // What the numbers are, told by one whose red and blue differ.
+  for (const ColorList& list : lists_) {
+    const auto found = std::find_if(list.colours.begin(), list.colours.end(),
+                                    [](const auto& item) { return (item.second & 0xFF) != ((item.second >> 16) & 0xFF); });
+    if (found == list.colours.end()) continue;
+    const long value = found->second;
+    Log(L"  (colours in decimal, 0x00BBGGRR with red in the low byte: " + list.name + L" " + found->first + L"=" +
+        std::to_wstring(value) + L" is red " + std::to_wstring(value & 0xFF) + L", green " +
+        std::to_wstring((value >> 8) & 0xFF) + L", blue " + std::to_wstring((value >> 16) & 0xFF) + L")");
+    break;
+  }
   InvalidateRect(window_, &alarm_area_, FALSE);
   InvalidateRect(window_, &event_area_, FALSE);
 }
 
 void Display::PrintSummary(bool shown) const {
-  Print(std::wstring(L"Result: Show returned ") + (shown ? L"True" : L"False"));
-  Print(L"Colour lists received: " + std::to_wstring(lists_.size()));
+  Print(std::wstring(L"Result: Show2 returned ") + (shown ? L"True" : L"False"));
+  Print(L"Colour lists received: " + std::to_wstring(lists_.size()));  // the lines as #RRGGBB
   for (const ColorList& list : lists_) Print(L"  " + Describe(list));
 }
 
@@ -704,6 +769,7 @@ int wmain(int argc, wchar_t** argv) {
   demo::Options options;
   if (!demo::ParseOptions(argc, argv, options)) {
     demo::Print(L"usage: demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] [--scheme <name.clut>] "
+                L"[--file-dialog control|host] [--tab <tag>] [--category <n>] [--enable-changes true|false] "
                 L"[--screenshot <editor.bmp> [--display-screenshot <display.bmp>]]");
     return 2;
   }
