@@ -145,7 +145,7 @@ HRESULT InvokeMember(std::span<const MemberSpec> members, ctlTqColorSetting& con
       VARIANT* arg = source[i] >= 0 ? &params->rgvarg[source[i]] : nullptr;
       HRESULT hr;
       if (IsMissing(arg)) {
-        if (!declared.optional) return DISP_E_PARAMNOTFOUND;
+        if (!declared.optional) return DISP_E_PARAMNOTOPTIONAL;
         hr = DefaultOf(declared, args[i]);
       } else {
         hr = Coerce(*arg, declared.type, args[i]);

@@ -76,7 +76,7 @@ TEST_F(LateBound, CoercesEveryArgumentForm) {
        L"AuthorizationLevel=9"},
       {"null for text", set, [](ArgList& a) { a.Str(L"AppFolder").Null(); }, DISP_E_TYPEMISMATCH, 0, nullptr},
       {"null key", set, [](ArgList& a) { a.Null().Str(L"x"); }, DISP_E_TYPEMISMATCH, 1, nullptr},
-      {"missing required value", set, [](ArgList& a) { a.Str(L"UserName"); }, DISP_E_PARAMNOTFOUND, -1, nullptr},
+      {"missing required value", set, [](ArgList& a) { a.Str(L"UserName"); }, DISP_E_PARAMNOTOPTIONAL, -1, nullptr},
       {"too many", set, [](ArgList& a) { a.Str(L"UserName").Str(L"a").Str(L"b"); }, DISP_E_BADPARAMCOUNT, -1, nullptr},
       {"ListCommRef not an object", set, [](ArgList& a) { a.Str(L"ListCommRef").I4(1); }, DISP_E_TYPEMISMATCH, 0, nullptr},
       {"unknown key", set, [](ArgList& a) { a.Str(L"NoSuchKey").Null(); }, S_OK, -1, L"NoSuchKey="},
