@@ -1,6 +1,5 @@
 #include "control/dispatch.h"
 
-#include <cstring>
 #include <new>
 
 namespace tq::com {
@@ -38,51 +37,6 @@ HRESULT Coerce(const VARIANT& arg, VARTYPE type, Variant& out) {
   const HRESULT hr = VariantChangeType(out.get(), out.get(), 0, type);
   if (hr == DISP_E_OVERFLOW || hr == E_OUTOFMEMORY) return hr;
   return FAILED(hr) ? DISP_E_TYPEMISMATCH : S_OK;
-}
-
-// Size of the value a VT_BYREF of a scalar type points to; 0 = not written back.
-std::size_t ScalarSize(VARTYPE type) {
-  struct Row {
-    VARTYPE type;
-    std::size_t size;
-  };
-  static const Row rows[] = {{VT_I1, 1},  {VT_UI1, 1},  {VT_I2, 2},   {VT_UI2, 2},  {VT_BOOL, 2},
-                             {VT_I4, 4},  {VT_UI4, 4},  {VT_INT, 4},  {VT_UINT, 4}, {VT_R4, 4},
-                             {VT_ERROR, 4}, {VT_I8, 8}, {VT_UI8, 8},  {VT_R8, 8},   {VT_CY, 8},
-                             {VT_DATE, 8}};
-  for (const Row& row : rows)
-    if (row.type == type) return row.size;
-  return 0;
-}
-
-// Writes a by-reference argument back into the caller's storage, converted to the
-// type the caller used; a caller type it cannot take (object, array, Empty) stays.
-void WriteBack(VARIANT& caller, Variant& value) {
-  if (!(caller.vt & VT_BYREF) || (caller.vt & VT_ARRAY)) return;
-  VARIANT* target = &caller;
-  while (target->vt == (VT_BYREF | VT_VARIANT) && target->pvarVal) target = target->pvarVal;
-  Variant converted;
-  if (!(target->vt & VT_BYREF)) {  // a variant the caller owns: replace its value
-    if (target->vt == VT_EMPTY || target->vt == VT_NULL || target->vt == VT_DISPATCH || target->vt == VT_UNKNOWN ||
-        (target->vt & VT_ARRAY))
-      return;
-    if (FAILED(VariantChangeType(converted.get(), value.get(), 0, target->vt))) return;
-    VariantClear(target);
-    converted.MoveTo(target);
-    return;
-  }
-  const VARTYPE type = target->vt & ~VT_BYREF;
-  if (!target->byref || FAILED(VariantChangeType(converted.get(), value.get(), 0, type))) return;
-  if (type == VT_BSTR) {
-    SysFreeString(*target->pbstrVal);
-    *target->pbstrVal = converted->bstrVal;
-    converted->vt = VT_EMPTY;  // ownership moved to the caller
-  } else if (type == VT_DECIMAL) {
-    *target->pdecVal = converted->decVal;
-    target->pdecVal->wReserved = 0;
-  } else if (std::size_t size = ScalarSize(type)) {
-    std::memcpy(target->byref, &converted->llVal, size);
-  }
 }
 
 void FillException(EXCEPINFO* exception, const std::string& description) {
@@ -167,8 +121,6 @@ HRESULT InvokeMember(std::span<const MemberSpec> members, ctlTqColorSetting& con
       if (arg_err && failure.param >= 0 && source[failure.param] >= 0) *arg_err = static_cast<UINT>(source[failure.param]);
       return failure.code;
     }
-    for (std::size_t i = 0; i < count; ++i)
-      if (member->params[i].by_ref && source[i] >= 0) WriteBack(params->rgvarg[source[i]], args[i]);
     if (result) value.MoveTo(result);
     return S_OK;
   } catch (const std::bad_alloc&) {

@@ -2,7 +2,8 @@
 // client works however it passes its arguments. Each argument is coerced to its
 // declared type whether it arrives by value, as VT_BYREF of its type or as
 // VT_BYREF|VT_VARIANT (VBScript's variables); omitted optional arguments take their
-// defaults; by-reference arguments are written back in the caller's own type.
+// defaults. Arguments are converted on copies and never written back: no member
+// changes its arguments, so the caller's variables keep their values and types.
 #pragma once
 
 #include <windows.h>
@@ -22,7 +23,6 @@ class ctlTqColorSetting;
 struct ParamSpec {
   const wchar_t* name;
   VARTYPE type;   // VT_VARIANT: passed on as it came, references resolved
-  bool by_ref;
   bool optional;  // omitted: "" / 0 / False by type; a VARIANT stays "missing"
 };
 

@@ -27,8 +27,9 @@ void Report(const SessionError& error, int param, Failure& failure) {
   failure.description = error.description;
 }
 
-// Converts a value in place; a value that does not convert is the host's error,
-// reported against the declared parameter `param`.
+// Converts a value in place (the dispatch layer's copy, never the caller's); a value
+// that does not convert is the host's error, reported against the declared parameter
+// `param`.
 bool ConvertTo(Variant& value, VARTYPE type, int param, Failure& failure) {
   const HRESULT hr = VariantChangeType(value.get(), value.get(), 0, type);
   if (SUCCEEDED(hr)) return true;
@@ -109,24 +110,24 @@ void RunGetObjectValue(ctlTqColorSetting&, Args& a, Variant& result, Failure& fa
 }
 
 constexpr ParamSpec kShowParams[] = {
-    {L"ClutFile", VT_BSTR, true, false},
-    {L"TabNumber", VT_I2, true, true},
-    {L"CategoryNumber", VT_I2, true, true},
-    {L"EnableChanges", VT_BOOL, true, true},
+    {L"ClutFile", VT_BSTR, false},
+    {L"TabNumber", VT_I2, true},
+    {L"CategoryNumber", VT_I2, true},
+    {L"EnableChanges", VT_BOOL, true},
 };
 constexpr ParamSpec kShow2Params[] = {
-    {L"ClutFile", VT_BSTR, true, false},
-    {L"TabName", VT_BSTR, true, true},
-    {L"CategoryNumber", VT_I2, true, true},
-    {L"EnableChanges", VT_BOOL, true, true},
+    {L"ClutFile", VT_BSTR, false},
+    {L"TabName", VT_BSTR, true},
+    {L"CategoryNumber", VT_I2, true},
+    {L"EnableChanges", VT_BOOL, true},
 };
 constexpr ParamSpec kSetParams[] = {
-    {L"key", VT_BSTR, true, false},
-    {L"Value", VT_VARIANT, true, false},
+    {L"key", VT_BSTR, false},
+    {L"Value", VT_VARIANT, false},
 };
 constexpr ParamSpec kGetParams[] = {
-    {L"key", VT_BSTR, true, false},
-    {L"Param", VT_VARIANT, true, true},
+    {L"key", VT_BSTR, false},
+    {L"Param", VT_VARIANT, true},
 };
 
 const MemberSpec kMembers[] = {
