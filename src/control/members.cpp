@@ -58,6 +58,7 @@ void RunSetObjectValue(ctlTqColorSetting& control, Args& a, Variant&, Failure& f
   SessionValue converted;
   switch (SetObjectValueConversion(key)) {
     case ValueConversion::Unknown:
+    case ValueConversion::Ignored:
       return;
     case ValueConversion::NoValue:
       break;
@@ -98,6 +99,7 @@ void RunSetObjectValue(ctlTqColorSetting& control, Args& a, Variant&, Failure& f
 
 void RunGetObjectValue(ctlTqColorSetting&, Args& a, Variant& result, Failure& failure) {
   const std::string key = Text(a[0]);
+  if (!IsSessionValueKey(key)) return;  // Empty, and a host's read creates no session
   std::int16_t index = 0;
   if (key == "ColorByIndex") {
     if (!ConvertTo(a[1], VT_I2, 1, failure)) return;

@@ -2,11 +2,15 @@
 // every variant form, registration through regsvr32, names and type information.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <functional>
+#include <future>
 #include <string>
 #include <vector>
 
 #include "TqColorSettingTool_h.h"
+#include "common/win_test_support.h"
 #include "control/client.h"
 
 namespace {
@@ -111,6 +115,48 @@ TEST_F(LateBound, ReturnsTypedValuesAndLeavesByReferenceArgumentsAlone) {
   EXPECT_EQ(result.parray->rgsabound[0].lLbound, 0);
   EXPECT_EQ(result.parray->rgsabound[0].cElements, 286u);
   VariantClear(&result);
+}
+
+// A host that only reads, on a thread of its own, where the toolkit is not installed:
+// the reads create no session, so no "DVHOME not found" box comes up inside them.
+TEST(WithoutToolkit, ReadsOfKeysTheSessionDoesNotKnowCreateNoSession) {
+  HKEY key = nullptr;
+  ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\DataViews\\DVtools\\2.6", 0,
+                          KEY_ALL_ACCESS | KEY_WOW64_32KEY, &key),
+            ERROR_SUCCESS);
+  wchar_t home[MAX_PATH];
+  DWORD size = sizeof home;
+  ASSERT_EQ(RegGetValueW(key, nullptr, L"DVHOME", RRF_RT_REG_SZ, nullptr, home, &size), ERROR_SUCCESS);
+  RegDeleteValueW(key, L"DVHOME");
+  std::atomic<DWORD> thread{0};
+  auto reads = std::async(std::launch::async, [&thread] {
+    thread = GetCurrentThreadId();
+    test::Apartment apartment;
+    ComPtr<IDispatch> control = test::CreateControl();
+    std::vector<VARTYPE> types;
+    for (const wchar_t* name : {L"NoSuchKey", L"bUseListCommRef"}) {
+      ArgList get, set;
+      VARIANT result{};
+      get.Str(name).Invoke(control.Get(), L"GetObjectValue", &result);
+      types.push_back(result.vt);
+      VariantClear(&result);
+      set.Str(name).I4(1).Invoke(control.Get(), L"SetObjectValue");
+    }
+    return types;
+  });
+  std::wstring boxes;  // the text of each box that came up, answered with OK (or Yes)
+  auto is_box = [](HWND window) { return tq::test::HasClass(window, L"#32770"); };
+  for (int i = 0; i < 5 && reads.wait_for(std::chrono::seconds(i ? 1 : 10)) != std::future_status::ready; ++i) {
+    if (HWND box = tq::test::WaitForWindow(is_box, thread, 5000)) {
+      boxes += tq::test::ItemText(box, 0xFFFF) + L"\n";
+      tq::test::PressButton(box, GetDlgItem(box, IDOK) ? IDOK : IDYES);
+    }
+  }
+  const std::vector<VARTYPE> types = reads.get();
+  RegSetValueExW(key, L"DVHOME", 0, REG_SZ, reinterpret_cast<const BYTE*>(home), size);
+  RegCloseKey(key);
+  EXPECT_EQ(boxes, L"") << "message boxes came up";
+  EXPECT_EQ(types, (std::vector<VARTYPE>{VT_EMPTY, VT_EMPTY}));
 }
 
 TEST_F(LateBound, NamesAndTypeInformation) {
