@@ -1,6 +1,6 @@
 #include "control/dispatch.h"
 
-#include <new>
+#include "win32/guard.h"
 
 namespace tq::com {
 namespace {
@@ -67,8 +67,11 @@ HRESULT LookUpNames(std::span<const MemberSpec> members, LPOLESTR* names, UINT c
   return hr;
 }
 
-HRESULT InvokeMember(std::span<const MemberSpec> members, ctlTqColorSetting& control, DISPID id, WORD flags,
-                     DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception, UINT* arg_err) {
+namespace {
+
+// InvokeMember without its guard.
+HRESULT Dispatch(std::span<const MemberSpec> members, ctlTqColorSetting& control, DISPID id, WORD flags,
+                 DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception, UINT* arg_err) {
   const MemberSpec* member = nullptr;
   for (const MemberSpec& m : members)
     if (m.id == id) member = &m;
@@ -92,45 +95,47 @@ HRESULT InvokeMember(std::span<const MemberSpec> members, ctlTqColorSetting& con
     source[named] = static_cast<int>(j);
   }
 
-  try {
-    Args args(count);
-    for (std::size_t i = 0; i < count; ++i) {
-      const ParamSpec& declared = member->params[i];
-      VARIANT* arg = source[i] >= 0 ? &params->rgvarg[source[i]] : nullptr;
-      HRESULT hr;
-      if (IsMissing(arg)) {
-        if (!declared.optional) return DISP_E_PARAMNOTOPTIONAL;
-        hr = DefaultOf(declared, args[i]);
-      } else {
-        hr = Coerce(*arg, declared.type, args[i]);
-      }
-      if (FAILED(hr)) {
-        if (arg_err && source[i] >= 0) *arg_err = static_cast<UINT>(source[i]);
-        return hr;
-      }
+  Args args(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const ParamSpec& declared = member->params[i];
+    VARIANT* arg = source[i] >= 0 ? &params->rgvarg[source[i]] : nullptr;
+    HRESULT hr;
+    if (IsMissing(arg)) {
+      if (!declared.optional) return DISP_E_PARAMNOTOPTIONAL;
+      hr = DefaultOf(declared, args[i]);
+    } else {
+      hr = Coerce(*arg, declared.type, args[i]);
     }
-
-    Variant value;
-    Failure failure;
-    member->body(control, args, value, failure);
-    if (failure.code == DISP_E_EXCEPTION) {
-      FillException(exception, failure.description);
-      return DISP_E_EXCEPTION;
+    if (FAILED(hr)) {
+      if (arg_err && source[i] >= 0) *arg_err = static_cast<UINT>(source[i]);
+      return hr;
     }
-    if (FAILED(failure.code)) {
-      if (arg_err && failure.param >= 0 && source[failure.param] >= 0) *arg_err = static_cast<UINT>(source[failure.param]);
-      return failure.code;
-    }
-    if (result) value.MoveTo(result);
-    return S_OK;
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  } catch (const std::exception& e) {
-    FillException(exception, e.what());
-  } catch (...) {
-    FillException(exception, "Unexpected error");
   }
-  return DISP_E_EXCEPTION;
+
+  Variant value;
+  Failure failure;
+  member->body(control, args, value, failure);
+  if (failure.code == DISP_E_EXCEPTION) {
+    FillException(exception, failure.description);
+    return DISP_E_EXCEPTION;
+  }
+  if (FAILED(failure.code)) {
+    if (arg_err && failure.param >= 0 && source[failure.param] >= 0) *arg_err = static_cast<UINT>(source[failure.param]);
+    return failure.code;
+  }
+  if (result) value.MoveTo(result);
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT InvokeMember(std::span<const MemberSpec> members, ctlTqColorSetting& control, DISPID id, WORD flags,
+                     DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception, UINT* arg_err) {
+  return tq::win::GuardCom([&] { return Dispatch(members, control, id, flags, params, result, exception, arg_err); },
+                           [&](const char* what) {
+                             FillException(exception, what);
+                             return DISP_E_EXCEPTION;
+                           });
 }
 
 }  // namespace tq::com

@@ -51,6 +51,9 @@ std::span<const MemberSpec> ControlMembers();
 // case-insensitive as the script languages expect.
 HRESULT LookUpNames(std::span<const MemberSpec> members, LPOLESTR* names, UINT count, DISPID* ids);
 
+// The dispatch path of Invoke and the vtable methods, under the one guard: nothing
+// thrown leaves it; an allocation failure is E_OUTOFMEMORY, any other exception
+// DISP_E_EXCEPTION with its description in `exception`.
 HRESULT InvokeMember(std::span<const MemberSpec> members, ctlTqColorSetting& control, DISPID id, WORD flags,
                      DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception, UINT* arg_err);
 

@@ -181,11 +181,7 @@ HRESULT BindHost(const VARIANT& value, std::shared_ptr<HostLink>& host) {
   DISPID id;
   bool by_ex;
   if (FAILED(FindMember(object.Get(), L"HostEvaluate", id, by_ex))) return DISP_E_TYPEMISMATCH;
-  try {
-    host = std::make_shared<DispatchHost>(std::move(object));
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  }
+  host = std::make_shared<DispatchHost>(std::move(object));
   return S_OK;
 }
 
