@@ -1,6 +1,7 @@
 // IProvideClassInfo2 and the type information behind it and IDispatch::GetTypeInfo,
 // read from the library's own TYPELIB resource (it need not be registered).
 #include "control/control.h"
+#include "win32/guard.h"
 
 namespace tq::com {
 
@@ -12,7 +13,9 @@ HRESULT LoadTypeInfo(REFGUID guid, ITypeInfo** info) {
   return library->GetTypeInfoOfGuid(guid, info);
 }
 
-STDMETHODIMP ProvideClassInfo::GetClassInfo(ITypeInfo** info) { return LoadTypeInfo(CLSID_ctlTqColorSetting, info); }
+STDMETHODIMP ProvideClassInfo::GetClassInfo(ITypeInfo** info) {
+  return tq::win::GuardCom([&] { return LoadTypeInfo(CLSID_ctlTqColorSetting, info); });
+}
 
 STDMETHODIMP ProvideClassInfo::GetGUID(DWORD kind, GUID* guid) {
   if (!guid) return E_POINTER;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "control/control.h"
+#include "win32/guard.h"
 
 namespace tq::com {
 namespace {
@@ -130,19 +131,19 @@ STDMETHODIMP ConnectionPoint::GetConnectionPointContainer(IConnectionPointContai
   return control_.QueryInterface(IID_PPV_ARGS(container));
 }
 
-STDMETHODIMP ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) { return control_.Connect(sink, cookie); }
+STDMETHODIMP ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) {
+  return tq::win::GuardCom([&] { return control_.Connect(sink, cookie); });
+}
 STDMETHODIMP ConnectionPoint::Unadvise(DWORD cookie) { return control_.Disconnect(cookie); }
 
 STDMETHODIMP ConnectionPoint::EnumConnections(IEnumConnections** connections) {
   if (!connections) return E_POINTER;
   *connections = nullptr;
-  try {
+  return tq::win::GuardCom([&] {
     auto snapshot = std::make_shared<const ConnectionEnumerator::Snapshot>(control_.Connections());
     *connections = new ConnectionEnumerator(std::move(snapshot), 0);
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  }
-  return S_OK;
+    return S_OK;
+  });
 }
 
 STDMETHODIMP ConnectionPointContainer::EnumConnectionPoints(IEnumConnectionPoints** points) {

@@ -1,12 +1,12 @@
 #include "control/control.h"
 
 #include <algorithm>
-#include <new>
 
 #include "control/dispatch.h"
 #include "control/host_link.h"
 #include "control/values.h"
 #include "support/custom_file_dlg.h"
+#include "win32/guard.h"
 
 namespace tq::com {
 namespace {
@@ -39,7 +39,6 @@ VARIANT Ref(VARTYPE type, void* pointer) {
 static thread_local int t_controls = 0;
 
 ctlTqColorSetting::ctlTqColorSetting() {
-  ++t_controls;
   // The control's own file-dialog object: its BrowsePressed goes on to the host.
   instance_.CustomFileDlg = std::make_shared<clsCustomFileDlg>();
   instance_.CustomFileDlg->OnBrowsePressed([this](std::int32_t owner, std::int16_t mode, const std::string& title,
@@ -49,17 +48,22 @@ ctlTqColorSetting::ctlTqColorSetting() {
     file_name = ToHostValue(*answer.value.get());
     cancel = answer.cancel;
   });
+  ++t_controls;  // last: a constructor that throws counts no control
 }
 
 ctlTqColorSetting::~ctlTqColorSetting() {
   // The session may keep the file-dialog object longer than this control lives.
   instance_.CustomFileDlg->OnBrowsePressed(nullptr);
-  if (--t_controls == 0) InstallThreadHost(nullptr);
+  if (--t_controls > 0) return;
+  // Run by Release, a COM entry: out of memory, the host stays until the thread ends.
+  tq::win::GuardCom([] {
+    InstallThreadHost(nullptr);
+    return S_OK;
+  });
 }
 
 HRESULT ctlTqColorSetting::Create(REFIID iid, void** out) {
-  ctlTqColorSetting* control = new (std::nothrow) ctlTqColorSetting();
-  if (!control) return E_OUTOFMEMORY;
+  ctlTqColorSetting* control = new ctlTqColorSetting();
   const HRESULT hr = control->QueryInterface(iid, out);
   control->Release();
   return hr;
@@ -96,7 +100,8 @@ STDMETHODIMP ctlTqColorSetting::GetTypeInfoCount(UINT* count) {
 STDMETHODIMP ctlTqColorSetting::GetTypeInfo(UINT index, LCID, ITypeInfo** info) {
   if (!info) return E_POINTER;
   *info = nullptr;
-  return index == 0 ? LoadTypeInfo(IID__ctlTqColorSetting, info) : DISP_E_BADINDEX;
+  if (index != 0) return DISP_E_BADINDEX;
+  return tq::win::GuardCom([&] { return LoadTypeInfo(IID__ctlTqColorSetting, info); });
 }
 
 STDMETHODIMP ctlTqColorSetting::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) {
@@ -207,11 +212,7 @@ HRESULT ctlTqColorSetting::Connect(IUnknown* sink, DWORD* cookie) {
   if (FAILED(sink->QueryInterface(DIID___ctlTqColorSetting, reinterpret_cast<void**>(events.GetAddressOf()))) &&
       FAILED(sink->QueryInterface(IID_PPV_ARGS(&events))))
     return CONNECT_E_CANNOTCONNECT;
-  try {
-    sinks_.push_back({next_cookie_, std::move(events)});
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  }
+  sinks_.push_back({next_cookie_, std::move(events)});
   *cookie = next_cookie_++;
   return S_OK;
 }

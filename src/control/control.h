@@ -36,6 +36,7 @@ struct BrowseAnswer {
 
 class ctlTqColorSetting final : public _ctlTqColorSetting, public RefCounted {
  public:
+  // Throws std::bad_alloc when out of memory (the class factory's guard answers it).
   static HRESULT Create(REFIID iid, void** out);
 
   // IUnknown
@@ -75,6 +76,7 @@ class ctlTqColorSetting final : public _ctlTqColorSetting, public RefCounted {
   };
   Site& site() { return site_; }
 
+  // Connect throws std::bad_alloc when out of memory (the connection point's guard answers it).
   HRESULT Connect(IUnknown* sink, DWORD* cookie);
   HRESULT Disconnect(DWORD cookie);
   // The connected sinks with their cookies, in the order they connected.

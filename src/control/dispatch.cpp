@@ -1,7 +1,6 @@
 #include "control/dispatch.h"
 
-#include <cstring>
-#include <new>
+#include "win32/guard.h"
 
 namespace tq::com {
 namespace {
@@ -40,51 +39,6 @@ HRESULT Coerce(const VARIANT& arg, VARTYPE type, Variant& out) {
   return FAILED(hr) ? DISP_E_TYPEMISMATCH : S_OK;
 }
 
-// Size of the value a VT_BYREF of a scalar type points to; 0 = not written back.
-std::size_t ScalarSize(VARTYPE type) {
-  struct Row {
-    VARTYPE type;
-    std::size_t size;
-  };
-  static const Row rows[] = {{VT_I1, 1},  {VT_UI1, 1},  {VT_I2, 2},   {VT_UI2, 2},  {VT_BOOL, 2},
-                             {VT_I4, 4},  {VT_UI4, 4},  {VT_INT, 4},  {VT_UINT, 4}, {VT_R4, 4},
-                             {VT_ERROR, 4}, {VT_I8, 8}, {VT_UI8, 8},  {VT_R8, 8},   {VT_CY, 8},
-                             {VT_DATE, 8}};
-  for (const Row& row : rows)
-    if (row.type == type) return row.size;
-  return 0;
-}
-
-// Writes a by-reference argument back into the caller's storage, converted to the
-// type the caller used; a caller type it cannot take (object, array, Empty) stays.
-void WriteBack(VARIANT& caller, Variant& value) {
-  if (!(caller.vt & VT_BYREF) || (caller.vt & VT_ARRAY)) return;
-  VARIANT* target = &caller;
-  while (target->vt == (VT_BYREF | VT_VARIANT) && target->pvarVal) target = target->pvarVal;
-  Variant converted;
-  if (!(target->vt & VT_BYREF)) {  // a variant the caller owns: replace its value
-    if (target->vt == VT_EMPTY || target->vt == VT_NULL || target->vt == VT_DISPATCH || target->vt == VT_UNKNOWN ||
-        (target->vt & VT_ARRAY))
-      return;
-    if (FAILED(VariantChangeType(converted.get(), value.get(), 0, target->vt))) return;
-    VariantClear(target);
-    converted.MoveTo(target);
-    return;
-  }
-  const VARTYPE type = target->vt & ~VT_BYREF;
-  if (!target->byref || FAILED(VariantChangeType(converted.get(), value.get(), 0, type))) return;
-  if (type == VT_BSTR) {
-    SysFreeString(*target->pbstrVal);
-    *target->pbstrVal = converted->bstrVal;
-    converted->vt = VT_EMPTY;  // ownership moved to the caller
-  } else if (type == VT_DECIMAL) {
-    *target->pdecVal = converted->decVal;
-    target->pdecVal->wReserved = 0;
-  } else if (std::size_t size = ScalarSize(type)) {
-    std::memcpy(target->byref, &converted->llVal, size);
-  }
-}
-
 void FillException(EXCEPINFO* exception, const std::string& description) {
   if (!exception) return;
   *exception = EXCEPINFO{};
@@ -113,8 +67,11 @@ HRESULT LookUpNames(std::span<const MemberSpec> members, LPOLESTR* names, UINT c
   return hr;
 }
 
-HRESULT InvokeMember(std::span<const MemberSpec> members, ctlTqColorSetting& control, DISPID id, WORD flags,
-                     DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception, UINT* arg_err) {
+namespace {
+
+// InvokeMember without its guard.
+HRESULT Dispatch(std::span<const MemberSpec> members, ctlTqColorSetting& control, DISPID id, WORD flags,
+                 DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception, UINT* arg_err) {
   const MemberSpec* member = nullptr;
   for (const MemberSpec& m : members)
     if (m.id == id) member = &m;
@@ -138,47 +95,47 @@ HRESULT InvokeMember(std::span<const MemberSpec> members, ctlTqColorSetting& con
     source[named] = static_cast<int>(j);
   }
 
-  try {
-    Args args(count);
-    for (std::size_t i = 0; i < count; ++i) {
-      const ParamSpec& declared = member->params[i];
-      VARIANT* arg = source[i] >= 0 ? &params->rgvarg[source[i]] : nullptr;
-      HRESULT hr;
-      if (IsMissing(arg)) {
-        if (!declared.optional) return DISP_E_PARAMNOTFOUND;
-        hr = DefaultOf(declared, args[i]);
-      } else {
-        hr = Coerce(*arg, declared.type, args[i]);
-      }
-      if (FAILED(hr)) {
-        if (arg_err && source[i] >= 0) *arg_err = static_cast<UINT>(source[i]);
-        return hr;
-      }
+  Args args(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const ParamSpec& declared = member->params[i];
+    VARIANT* arg = source[i] >= 0 ? &params->rgvarg[source[i]] : nullptr;
+    HRESULT hr;
+    if (IsMissing(arg)) {
+      if (!declared.optional) return DISP_E_PARAMNOTOPTIONAL;
+      hr = DefaultOf(declared, args[i]);
+    } else {
+      hr = Coerce(*arg, declared.type, args[i]);
     }
-
-    Variant value;
-    Failure failure;
-    member->body(control, args, value, failure);
-    if (failure.code == DISP_E_EXCEPTION) {
-      FillException(exception, failure.description);
-      return DISP_E_EXCEPTION;
+    if (FAILED(hr)) {
+      if (arg_err && source[i] >= 0) *arg_err = static_cast<UINT>(source[i]);
+      return hr;
     }
-    if (FAILED(failure.code)) {
-      if (arg_err && failure.param >= 0 && source[failure.param] >= 0) *arg_err = static_cast<UINT>(source[failure.param]);
-      return failure.code;
-    }
-    for (std::size_t i = 0; i < count; ++i)
-      if (member->params[i].by_ref && source[i] >= 0) WriteBack(params->rgvarg[source[i]], args[i]);
-    if (result) value.MoveTo(result);
-    return S_OK;
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  } catch (const std::exception& e) {
-    FillException(exception, e.what());
-  } catch (...) {
-    FillException(exception, "Unexpected error");
   }
-  return DISP_E_EXCEPTION;
+
+  Variant value;
+  Failure failure;
+  member->body(control, args, value, failure);
+  if (failure.code == DISP_E_EXCEPTION) {
+    FillException(exception, failure.description);
+    return DISP_E_EXCEPTION;
+  }
+  if (FAILED(failure.code)) {
+    if (arg_err && failure.param >= 0 && source[failure.param] >= 0) *arg_err = static_cast<UINT>(source[failure.param]);
+    return failure.code;
+  }
+  if (result) value.MoveTo(result);
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT InvokeMember(std::span<const MemberSpec> members, ctlTqColorSetting& control, DISPID id, WORD flags,
+                     DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception, UINT* arg_err) {
+  return tq::win::GuardCom([&] { return Dispatch(members, control, id, flags, params, result, exception, arg_err); },
+                           [&](const char* what) {
+                             FillException(exception, what);
+                             return DISP_E_EXCEPTION;
+                           });
 }
 
 }  // namespace tq::com

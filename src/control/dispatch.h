@@ -2,7 +2,8 @@
 // client works however it passes its arguments. Each argument is coerced to its
 // declared type whether it arrives by value, as VT_BYREF of its type or as
 // VT_BYREF|VT_VARIANT (VBScript's variables); omitted optional arguments take their
-// defaults; by-reference arguments are written back in the caller's own type.
+// defaults. Arguments are converted on copies and never written back: no member
+// changes its arguments, so the caller's variables keep their values and types.
 #pragma once
 
 #include <windows.h>
@@ -22,7 +23,6 @@ class ctlTqColorSetting;
 struct ParamSpec {
   const wchar_t* name;
   VARTYPE type;   // VT_VARIANT: passed on as it came, references resolved
-  bool by_ref;
   bool optional;  // omitted: "" / 0 / False by type; a VARIANT stays "missing"
 };
 
@@ -51,6 +51,9 @@ std::span<const MemberSpec> ControlMembers();
 // case-insensitive as the script languages expect.
 HRESULT LookUpNames(std::span<const MemberSpec> members, LPOLESTR* names, UINT count, DISPID* ids);
 
+// The dispatch path of Invoke and the vtable methods, under the one guard: nothing
+// thrown leaves it; an allocation failure is E_OUTOFMEMORY, any other exception
+// DISP_E_EXCEPTION with its description in `exception`.
 HRESULT InvokeMember(std::span<const MemberSpec> members, ctlTqColorSetting& control, DISPID id, WORD flags,
                      DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception, UINT* arg_err);
 

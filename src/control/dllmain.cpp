@@ -3,12 +3,11 @@
 #include <windows.h>
 #include <ole2.h>
 
-#include <new>
-
 #include "control/control.h"
 #include "control/module.h"
 #include "support/thread_owned.h"
 #include "win32/editor_window.h"
+#include "win32/guard.h"
 
 namespace tq::com {
 namespace {
@@ -43,7 +42,7 @@ class ClassFactory final : public IClassFactory, public RefCounted {
     if (!out) return E_POINTER;
     *out = nullptr;
     if (outer) return CLASS_E_NOAGGREGATION;
-    return entry_.create(iid, out);
+    return tq::win::GuardCom([&] { return entry_.create(iid, out); });
   }
   STDMETHODIMP LockServer(BOOL lock) override {
     lock ? LockModule() : UnlockModule();
@@ -106,15 +105,16 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved
 STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** out) {
   if (!out) return E_POINTER;
   *out = nullptr;
-  for (const ClassEntry& entry : kClasses) {
-    if (!IsEqualCLSID(clsid, *entry.clsid)) continue;
-    ClassFactory* factory = new (std::nothrow) ClassFactory(entry);
-    if (!factory) return E_OUTOFMEMORY;
-    const HRESULT hr = factory->QueryInterface(iid, out);
-    factory->Release();
-    return hr;
-  }
-  return CLASS_E_CLASSNOTAVAILABLE;
+  return tq::win::GuardCom([&] {
+    for (const ClassEntry& entry : kClasses) {
+      if (!IsEqualCLSID(clsid, *entry.clsid)) continue;
+      ClassFactory* factory = new ClassFactory(entry);
+      const HRESULT hr = factory->QueryInterface(iid, out);
+      factory->Release();
+      return hr;
+    }
+    return CLASS_E_CLASSNOTAVAILABLE;
+  });
 }
 
 // A kept editor window's procedure lives in this library, so it holds the library too.

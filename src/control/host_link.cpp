@@ -46,14 +46,32 @@ class DispatchHost final : public HostLink, public std::enable_shared_from_this<
       Variant status_var, value_var;
       status_var->vt = VT_I4;
       status_var->lVal = 0;
+      LONG typed_status = 0;
       VARIANT args[3];  // reversed: value, status, expression
       args[0].vt = VT_BYREF | VT_VARIANT;
       args[0].pvarVal = value_var.get();
-      args[1].vt = VT_BYREF | VT_VARIANT;
-      args[1].pvarVal = status_var.get();
       args[2].vt = VT_BSTR;
       args[2].bstrVal = text.get();
-      if (!Call(L"HostEvaluate", args, 3)) return false;
+      // The contract types the status as a 32-bit integer out-parameter; script hosts
+      // need a Variant. A host declared (BSTR, long*, VARIANT*) behind its type
+      // information refuses the Variant with a type mismatch: it gets the integer,
+      // from then on straight away.
+      HRESULT hr = DISP_E_TYPEMISMATCH;
+      if (!typed_status_) {
+        args[1].vt = VT_BYREF | VT_VARIANT;
+        args[1].pvarVal = status_var.get();
+        hr = Call(L"HostEvaluate", args, 3);
+      }
+      if (hr == DISP_E_TYPEMISMATCH) {
+        args[1].vt = VT_BYREF | VT_I4;
+        args[1].plVal = &typed_status;
+        hr = Call(L"HostEvaluate", args, 3);
+        if (SUCCEEDED(hr)) typed_status_ = true;
+        VARIANT* typed = status_var.put();
+        typed->vt = VT_I4;
+        typed->lVal = typed_status;
+      }
+      if (FAILED(hr)) return false;
       if (FAILED(VariantChangeType(status_var.get(), status_var.get(), 0, VT_I4))) return false;
       status = status_var->lVal;
       value = ToHostValue(*value_var.get());
@@ -79,7 +97,7 @@ class DispatchHost final : public HostLink, public std::enable_shared_from_this<
       args[1].bstrVal = body.get();
       args[2].vt = VT_BSTR;
       args[2].bstrVal = name.get();
-      return Call(L"HostNotify", args, 3);
+      return SUCCEEDED(Call(L"HostNotify", args, 3));
     });
   }
 
@@ -111,17 +129,17 @@ class DispatchHost final : public HostLink, public std::enable_shared_from_this<
       VARIANT arg;
       arg.vt = VT_BSTR;
       arg.bstrVal = body.get();
-      return Call(member, &arg, 1);
+      return SUCCEEDED(Call(member, &arg, 1));
     });
   }
 
-  // Calls a member of the host by name; false when the host lacks it or raised an error.
-  bool Call(const wchar_t* member, VARIANT* args, UINT count) {
+  // Calls a member of the host by name; fails when the host lacks it or raised an error.
+  HRESULT Call(const wchar_t* member, VARIANT* args, UINT count) {
     ComPtr<IDispatch> object = object_;
     auto found = ids_.find(member);
     if (found == ids_.end()) {
       Member m;
-      if (FAILED(FindMember(object.Get(), member, m.id, m.by_ex))) return false;
+      if (HRESULT hr = FindMember(object.Get(), member, m.id, m.by_ex); FAILED(hr)) return hr;
       found = ids_.emplace(member, m).first;
     }
     const Member m = found->second;
@@ -135,7 +153,7 @@ class DispatchHost final : public HostLink, public std::enable_shared_from_this<
     else
       hr = object->Invoke(m.id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, result.get(),
                           &exception, nullptr);
-    return SUCCEEDED(hr);
+    return hr;
   }
 
   struct Member {
@@ -144,6 +162,7 @@ class DispatchHost final : public HostLink, public std::enable_shared_from_this<
   };
   ComPtr<IDispatch> object_;
   std::map<std::wstring, Member> ids_;
+  bool typed_status_ = false;  // HostEvaluate takes its status as VT_BYREF|VT_I4
   Variant last_value_;
   HostValue last_host_value_;
 };
@@ -162,11 +181,7 @@ HRESULT BindHost(const VARIANT& value, std::shared_ptr<HostLink>& host) {
   DISPID id;
   bool by_ex;
   if (FAILED(FindMember(object.Get(), L"HostEvaluate", id, by_ex))) return DISP_E_TYPEMISMATCH;
-  try {
-    host = std::make_shared<DispatchHost>(std::move(object));
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  }
+  host = std::make_shared<DispatchHost>(std::move(object));
   return S_OK;
 }
 

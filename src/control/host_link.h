@@ -16,6 +16,7 @@ namespace tq::com {
 // The value of "ListCommRef" as a host: an object answering to HostEvaluate. A
 // non-object or an object without HostEvaluate is DISP_E_TYPEMISMATCH; Nothing
 // (a null object) or Null gives a null host, which forgets the thread's host.
+// Throws std::bad_alloc when out of memory.
 HRESULT BindHost(const VARIANT& value, std::shared_ptr<HostLink>& host);
 
 // Makes `host` this thread's host (null forgets it). A host replaced while a call

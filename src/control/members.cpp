@@ -27,8 +27,9 @@ void Report(const SessionError& error, int param, Failure& failure) {
   failure.description = error.description;
 }
 
-// Converts a value in place; a value that does not convert is the host's error,
-// reported against the declared parameter `param`.
+// Converts a value in place (the dispatch layer's copy, never the caller's); a value
+// that does not convert is the host's error, reported against the declared parameter
+// `param`.
 bool ConvertTo(Variant& value, VARTYPE type, int param, Failure& failure) {
   const HRESULT hr = VariantChangeType(value.get(), value.get(), 0, type);
   if (SUCCEEDED(hr)) return true;
@@ -57,6 +58,7 @@ void RunSetObjectValue(ctlTqColorSetting& control, Args& a, Variant&, Failure& f
   SessionValue converted;
   switch (SetObjectValueConversion(key)) {
     case ValueConversion::Unknown:
+    case ValueConversion::Ignored:
       return;
     case ValueConversion::NoValue:
       break;
@@ -97,6 +99,7 @@ void RunSetObjectValue(ctlTqColorSetting& control, Args& a, Variant&, Failure& f
 
 void RunGetObjectValue(ctlTqColorSetting&, Args& a, Variant& result, Failure& failure) {
   const std::string key = Text(a[0]);
+  if (!IsSessionValueKey(key)) return;  // Empty, and a host's read creates no session
   std::int16_t index = 0;
   if (key == "ColorByIndex") {
     if (!ConvertTo(a[1], VT_I2, 1, failure)) return;
@@ -109,24 +112,24 @@ void RunGetObjectValue(ctlTqColorSetting&, Args& a, Variant& result, Failure& fa
 }
 
 constexpr ParamSpec kShowParams[] = {
-    {L"ClutFile", VT_BSTR, true, false},
-    {L"TabNumber", VT_I2, true, true},
-    {L"CategoryNumber", VT_I2, true, true},
-    {L"EnableChanges", VT_BOOL, true, true},
+    {L"ClutFile", VT_BSTR, false},
+    {L"TabNumber", VT_I2, true},
+    {L"CategoryNumber", VT_I2, true},
+    {L"EnableChanges", VT_BOOL, true},
 };
 constexpr ParamSpec kShow2Params[] = {
-    {L"ClutFile", VT_BSTR, true, false},
-    {L"TabName", VT_BSTR, true, true},
-    {L"CategoryNumber", VT_I2, true, true},
-    {L"EnableChanges", VT_BOOL, true, true},
+    {L"ClutFile", VT_BSTR, false},
+    {L"TabName", VT_BSTR, true},
+    {L"CategoryNumber", VT_I2, true},
+    {L"EnableChanges", VT_BOOL, true},
 };
 constexpr ParamSpec kSetParams[] = {
-    {L"key", VT_BSTR, true, false},
-    {L"Value", VT_VARIANT, true, false},
+    {L"key", VT_BSTR, false},
+    {L"Value", VT_VARIANT, false},
 };
 constexpr ParamSpec kGetParams[] = {
-    {L"key", VT_BSTR, true, false},
-    {L"Param", VT_VARIANT, true, true},
+    {L"key", VT_BSTR, false},
+    {L"Param", VT_VARIANT, true},
 };
 
 const MemberSpec kMembers[] = {

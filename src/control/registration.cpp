@@ -9,6 +9,7 @@
 
 #include "control/control.h"
 #include "control/module.h"
+#include "win32/guard.h"
 #include "win32/handles.h"
 
 namespace tq::com {
@@ -112,9 +113,9 @@ HRESULT Unregister() {
 }  // namespace tq::com
 
 STDAPI DllRegisterServer() {
-  const HRESULT hr = tq::com::Register();
-  if (FAILED(hr)) tq::com::Unregister();  // leave nothing half-registered behind
+  const HRESULT hr = tq::win::GuardCom(&tq::com::Register);
+  if (FAILED(hr)) tq::win::GuardCom(&tq::com::Unregister);  // leave nothing half-registered behind
   return hr;
 }
 
-STDAPI DllUnregisterServer() { return tq::com::Unregister(); }
+STDAPI DllUnregisterServer() { return tq::win::GuardCom(&tq::com::Unregister); }

@@ -41,7 +41,7 @@ const KeyRule* FindKeyRule(const std::string& key) {
       {"AuthorizationLevelGeneral", ValueConversion::Int16,
        [](S& s, C&, const V& v) { s.AuthorizationLevelGeneral = std::get<std::int16_t>(v); }},
       {"ListCommRef", ValueConversion::HostObject, nullptr},
-      {"bUseListCommRef", ValueConversion::NoValue, nullptr},
+      {"bUseListCommRef", ValueConversion::Ignored, nullptr},
       {"Pipeline", ValueConversion::Bool, [](S& s, C&, const V& v) { s.PipelineEnabled = std::get<bool>(v); }},
       {"Initialize", ValueConversion::ExactText,
        [](S& s, C& c, const V& v) {
@@ -59,6 +59,35 @@ const KeyRule* FindKeyRule(const std::string& key) {
       {"hwndParentView", ValueConversion::Int32, [](S& s, C&, const V& v) { s.hwndParent = std::get<std::int32_t>(v); }},
   };
   for (const KeyRule& rule : rules)
+    if (key == rule.key) return &rule;
+  return nullptr;
+}
+
+// One GetObjectValue key and how the session answers it (`param` only for ColorByIndex).
+struct ReadRule {
+  const char* key;
+  SessionValue (*read)(frmTqColorSetting&, Platform&, std::int16_t param);
+};
+
+const ReadRule* FindReadRule(const std::string& key) {
+  using S = frmTqColorSetting;
+  using V = SessionValue;
+  static const ReadRule rules[] = {
+      {"ColorsByIndexTable",
+       [](S& s, Platform&, std::int16_t) -> V {
+         const ColorTableArray table = s.GetColorsByIndexTable();
+         return std::vector<std::int32_t>(table.begin(), table.end());
+       }},
+      {"ColorByIndex", [](S& s, Platform&, std::int16_t index) -> V { return s.GetColorByIndex(index); }},
+      {"AppFolder", [](S& s, Platform&, std::int16_t) -> V { return s.AppFolder; }},
+      {"UserFolder", [](S& s, Platform&, std::int16_t) -> V { return s.UserFolder; }},
+      {"AuthorizationLevel", [](S& s, Platform&, std::int16_t) -> V { return s.AuthorizationLevelTools; }},
+      {"AuthorizationLevelGeneral", [](S& s, Platform&, std::int16_t) -> V { return s.AuthorizationLevelGeneral; }},
+      {"ClutFile", [](S& s, Platform&, std::int16_t) -> V { return s.ClutFileName(); }},
+      {"DefinedClutFile", [](S&, Platform& p, std::int16_t) -> V { return GetIniClutFile(p, false); }},
+      {"UseCustomFileDlg", [](S& s, Platform&, std::int16_t) -> V { return s.UseCustomFileDlg; }},
+  };
+  for (const ReadRule& rule : rules)
     if (key == rule.key) return &rule;
   return nullptr;
 }
@@ -82,6 +111,8 @@ ValueConversion SetObjectValueConversion(const std::string& key) {
   const KeyRule* rule = FindKeyRule(key);
   return rule ? rule->conversion : ValueConversion::Unknown;
 }
+
+bool IsSessionValueKey(const std::string& key) { return FindReadRule(key) != nullptr; }
 
 EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorization_level_tools,
                                    bool restore_copy_exists, bool restore_source_exists, bool disable_ok,
@@ -416,19 +447,8 @@ void frmTqColorSetting::ApplyHeldKeys() {
 }
 
 SessionValue frmTqColorSetting::GetObjectValue(const std::string& key, std::int16_t param, SessionError&) {
-  if (key == "ColorsByIndexTable") {
-    const ColorTableArray table = GetColorsByIndexTable();
-    return std::vector<std::int32_t>(table.begin(), table.end());
-  }
-  if (key == "ColorByIndex") return GetColorByIndex(param);
-  if (key == "AppFolder") return AppFolder;
-  if (key == "UserFolder") return UserFolder;
-  if (key == "AuthorizationLevel") return AuthorizationLevelTools;
-  if (key == "AuthorizationLevelGeneral") return AuthorizationLevelGeneral;
-  if (key == "ClutFile") return ClutFileName();
-  if (key == "DefinedClutFile") return GetIniClutFile(*platform_, false);
-  if (key == "UseCustomFileDlg") return UseCustomFileDlg;
-  return {};
+  const ReadRule* rule = FindReadRule(key);
+  return rule ? rule->read(*this, *platform_, param) : SessionValue();
 }
 
 }  // namespace tq

@@ -27,11 +27,17 @@ namespace tq {
 using SessionValue = std::variant<std::monostate, bool, std::int16_t, std::int32_t, std::string, std::vector<std::int32_t>>;
 
 // The conversion a SetObjectValue key asks of its value. Keys compared exactly;
-// Unknown keys are ignored. HostObject ("ListCommRef") is handled by the COM layer,
-// which binds the object and installs it as this thread's host; NoValue keys take
-// the value unconverted and unused ("bUseListCommRef", "SendColorValues").
-enum class ValueConversion { Unknown, NoValue, String, Int16, Int32, Bool, HostObject, ExactText };
+// Unknown and Ignored ("bUseListCommRef") keys are ignored, without the session.
+// HostObject ("ListCommRef") is handled by the COM layer, which binds the object and
+// installs it as this thread's host; NoValue keys take the value unconverted and
+// unused ("SendColorValues").
+enum class ValueConversion { Unknown, Ignored, NoValue, String, Int16, Int32, Bool, HostObject, ExactText };
 ValueConversion SetObjectValueConversion(const std::string& key);
+
+// Whether GetObjectValue answers `key` from the session; any other key reads Empty,
+// and the COM layer answers it without creating the session (whose creation may show
+// a message box when the toolkit is missing).
+bool IsSessionValueKey(const std::string& key);
 
 // A failure that reaches the host as the method's error result.
 struct SessionError {

@@ -5,22 +5,35 @@
 
 #include <windows.h>
 
+#include <exception>
 #include <new>
 #include <utility>
 
 namespace tq::win {
 
 // Runs a COM entry point's body; an allocation failure is E_OUTOFMEMORY, anything
-// else thrown E_UNEXPECTED.
-template <class Body>
-HRESULT GuardCom(Body&& body) noexcept {
+// else thrown is what `failed` makes of its description (IDispatch::Invoke reports it
+// in EXCEPINFO), E_UNEXPECTED when `failed` throws in turn.
+template <class Body, class Failed>
+HRESULT GuardCom(Body&& body, Failed&& failed) noexcept {
   try {
-    return std::forward<Body>(body)();
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
+    try {
+      return std::forward<Body>(body)();
+    } catch (const std::bad_alloc&) {
+      return E_OUTOFMEMORY;
+    } catch (const std::exception& e) {
+      return failed(e.what());
+    } catch (...) {
+      return failed("Unexpected error");
+    }
   } catch (...) {
     return E_UNEXPECTED;
   }
+}
+
+template <class Body>
+HRESULT GuardCom(Body&& body) noexcept {
+  return GuardCom(std::forward<Body>(body), [](const char*) { return E_UNEXPECTED; });
 }
 
 // Runs a window, dialog or hook procedure's body; when it throws, `failed` runs (it

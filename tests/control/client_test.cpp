@@ -2,11 +2,15 @@
 // every variant form, registration through regsvr32, names and type information.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <functional>
+#include <future>
 #include <string>
 #include <vector>
 
 #include "TqColorSettingTool_h.h"
+#include "common/win_test_support.h"
 #include "control/client.h"
 
 namespace {
@@ -76,7 +80,7 @@ TEST_F(LateBound, CoercesEveryArgumentForm) {
        L"AuthorizationLevel=9"},
       {"null for text", set, [](ArgList& a) { a.Str(L"AppFolder").Null(); }, DISP_E_TYPEMISMATCH, 0, nullptr},
       {"null key", set, [](ArgList& a) { a.Null().Str(L"x"); }, DISP_E_TYPEMISMATCH, 1, nullptr},
-      {"missing required value", set, [](ArgList& a) { a.Str(L"UserName"); }, DISP_E_PARAMNOTFOUND, -1, nullptr},
+      {"missing required value", set, [](ArgList& a) { a.Str(L"UserName"); }, DISP_E_PARAMNOTOPTIONAL, -1, nullptr},
       {"too many", set, [](ArgList& a) { a.Str(L"UserName").Str(L"a").Str(L"b"); }, DISP_E_BADPARAMCOUNT, -1, nullptr},
       {"ListCommRef not an object", set, [](ArgList& a) { a.Str(L"ListCommRef").I4(1); }, DISP_E_TYPEMISMATCH, 0, nullptr},
       {"unknown key", set, [](ArgList& a) { a.Str(L"NoSuchKey").Null(); }, S_OK, -1, L"NoSuchKey="},
@@ -97,20 +101,62 @@ TEST_F(LateBound, CoercesEveryArgumentForm) {
   }
 }
 
-TEST_F(LateBound, ReturnsTypedValuesAndWritesByReferenceArgumentsBackInTheCallersType) {
+TEST_F(LateBound, ReturnsTypedValuesAndLeavesByReferenceArgumentsAlone) {
   ArgList args, table;
   VARIANT result{};
-  ASSERT_EQ(args.Str(L"ColorByIndex").RefVar().RefR8(1.0).Invoke(control_.Get(), L"GetObjectValue", &result), S_OK);
+  ASSERT_EQ(args.Str(L"ColorByIndex").RefVar().RefR8(5.7).Invoke(control_.Get(), L"GetObjectValue", &result), S_OK);
   EXPECT_EQ(result.vt, VT_I4);
   EXPECT_EQ(args.Target(0).vt, VT_BSTR);
   EXPECT_STREQ(args.Target(0).bstrVal, L"ColorByIndex");
   EXPECT_EQ(args[1].vt, VT_BYREF | VT_R8);
-  EXPECT_EQ(*args[1].pdblVal, 1.0);
+  EXPECT_EQ(*args[1].pdblVal, 5.7) << "the index is read as 6, the caller's variable stays";
   ASSERT_EQ(table.Str(L"ColorsByIndexTable").Invoke(control_.Get(), L"GetObjectValue", &result), S_OK);
   ASSERT_EQ(result.vt, VT_ARRAY | VT_I4);
   EXPECT_EQ(result.parray->rgsabound[0].lLbound, 0);
   EXPECT_EQ(result.parray->rgsabound[0].cElements, 286u);
   VariantClear(&result);
+}
+
+// A host that only reads, on a thread of its own, where the toolkit is not installed:
+// the reads create no session, so no "DVHOME not found" box comes up inside them.
+TEST(WithoutToolkit, ReadsOfKeysTheSessionDoesNotKnowCreateNoSession) {
+  HKEY key = nullptr;
+  ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\DataViews\\DVtools\\2.6", 0,
+                          KEY_ALL_ACCESS | KEY_WOW64_32KEY, &key),
+            ERROR_SUCCESS);
+  wchar_t home[MAX_PATH];
+  DWORD size = sizeof home;
+  ASSERT_EQ(RegGetValueW(key, nullptr, L"DVHOME", RRF_RT_REG_SZ, nullptr, home, &size), ERROR_SUCCESS);
+  RegDeleteValueW(key, L"DVHOME");
+  std::atomic<DWORD> thread{0};
+  auto reads = std::async(std::launch::async, [&thread] {
+    thread = GetCurrentThreadId();
+    test::Apartment apartment;
+    ComPtr<IDispatch> control = test::CreateControl();
+    std::vector<VARTYPE> types;
+    for (const wchar_t* name : {L"NoSuchKey", L"bUseListCommRef"}) {
+      ArgList get, set;
+      VARIANT result{};
+      get.Str(name).Invoke(control.Get(), L"GetObjectValue", &result);
+      types.push_back(result.vt);
+      VariantClear(&result);
+      set.Str(name).I4(1).Invoke(control.Get(), L"SetObjectValue");
+    }
+    return types;
+  });
+  std::wstring boxes;  // the text of each box that came up, answered with OK (or Yes)
+  auto is_box = [](HWND window) { return tq::test::HasClass(window, L"#32770"); };
+  for (int i = 0; i < 5 && reads.wait_for(std::chrono::seconds(i ? 1 : 10)) != std::future_status::ready; ++i) {
+    if (HWND box = tq::test::WaitForWindow(is_box, thread, 5000)) {
+      boxes += tq::test::ItemText(box, 0xFFFF) + L"\n";
+      tq::test::PressButton(box, GetDlgItem(box, IDOK) ? IDOK : IDYES);
+    }
+  }
+  const std::vector<VARTYPE> types = reads.get();
+  RegSetValueExW(key, L"DVHOME", 0, REG_SZ, reinterpret_cast<const BYTE*>(home), size);
+  RegCloseKey(key);
+  EXPECT_EQ(boxes, L"") << "message boxes came up";
+  EXPECT_EQ(types, (std::vector<VARTYPE>{VT_EMPTY, VT_EMPTY}));
 }
 
 TEST_F(LateBound, NamesAndTypeInformation) {

@@ -47,6 +47,53 @@ class TestHost final : public test::HostDispatch {
   ~TestHost() { VariantClear(&notified); }
 };
 
+// A compiled host: HostEvaluate declared (BSTR, long*, VARIANT*) and called through the
+// standard type-information dispatch (DispInvoke), which takes only the declared types.
+class TypedHost final : public test::StackDispatch {
+ public:
+  TypedHost() {
+    auto name = [](const wchar_t* text) { return const_cast<OLECHAR*>(text); };
+    PARAMDATA evaluate[] = {{name(L"expression"), VT_BSTR}, {name(L"status"), VT_BYREF | VT_I4},
+                            {name(L"value"), VT_BYREF | VT_VARIANT}};
+    PARAMDATA notify[] = {{name(L"eventName"), VT_BSTR}, {name(L"text"), VT_BSTR}, {name(L"value"), VT_VARIANT}};
+    METHODDATA methods[] = {{name(L"HostEvaluate"), evaluate, 1, 0, CC_STDCALL, 3, DISPATCH_METHOD, VT_EMPTY},
+                            {name(L"HostNotify"), notify, 2, 1, CC_STDCALL, 3, DISPATCH_METHOD, VT_EMPTY}};
+    INTERFACEDATA data{methods, 2};
+    ComPtr<ITypeInfo> coclass;  // made around the interface: its one implemented type
+    HREFTYPE ref = 0;
+    if (SUCCEEDED(CreateDispTypeInfo(&data, LOCALE_SYSTEM_DEFAULT, &coclass)) &&
+        SUCCEEDED(coclass->GetRefTypeOfImplType(0, &ref)))
+      coclass->GetRefTypeInfo(ref, &info_);
+  }
+  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
+    return DispGetIDsOfNames(info_.Get(), names, count, ids);
+  }
+  STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* p, VARIANT* result, EXCEPINFO* e,
+                      UINT* arg_err) override {
+    ++invokes;
+    return DispInvoke(&members_, info_.Get(), id, flags, p, result, e, arg_err);
+  }
+  int invokes = 0;
+  std::vector<std::wstring> calls;
+
+ private:
+  struct Members {  // the vtable the type information describes
+    explicit Members(std::vector<std::wstring>& seen) : calls(seen) {}
+    virtual void STDMETHODCALLTYPE HostEvaluate(BSTR expression, long* status, VARIANT* value) {
+      calls.push_back(L"HostEvaluate|" + std::wstring(expression).substr(0, 13));
+      *status = 0;
+      VariantClear(value);
+      value->vt = VT_I4;
+      value->lVal = 7;
+    }
+    virtual void STDMETHODCALLTYPE HostNotify(BSTR event, BSTR, VARIANT value) {
+      calls.push_back(L"HostNotify|" + std::wstring(event) + L"|" + std::to_wstring(value.lVal));
+    }
+    std::vector<std::wstring>& calls;
+  } members_{calls};
+  ComPtr<ITypeInfo> info_;
+};
+
 class HostBinding : public ::testing::Test {
  protected:
   HRESULT Set(const wchar_t* key, IDispatch* object) {
@@ -69,6 +116,18 @@ TEST_F(HostBinding, SendsColourListsAndGetsItsOwnValueBack) {
   LONG lower = 0;
   SafeArrayGetLBound(host_.notified.parray, 1, &lower);
   EXPECT_EQ(lower, 1);
+}
+
+TEST_F(HostBinding, HostWithTypedStatusGetsTheColourListsThroughItsTypeInformation) {
+  TypedHost typed;
+  ASSERT_EQ(Set(L"ListCommRef", &typed), S_OK);
+  ASSERT_EQ(Set(L"SendColorValues", nullptr), S_OK);
+  ASSERT_EQ(Set(L"SendColorValues", nullptr), S_OK);
+  const std::wstring evaluate = L"HostEvaluate|#return LIST(", notify = L"HostNotify|ColorSchemeLoaded|7";
+  EXPECT_EQ(typed.calls, (std::vector<std::wstring>{evaluate, notify, evaluate, notify}));
+  EXPECT_EQ(typed.invokes, 5) << "after one refused Variant status, the typed status straight away";
+  control_.Reset();
+  EXPECT_EQ(typed.refs, 1u);
 }
 
 TEST_F(HostBinding, SurvivesHostsThatMisbehave) {

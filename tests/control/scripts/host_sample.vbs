@@ -43,7 +43,7 @@ Sub Check(ok, what)
   End If
 End Sub
 
-Dim ctl, host, level, table
+Dim ctl, host, level, pipeline, index, table
 Set ctl = CreateObject("TqColorSettingTool.ctlTqColorSetting")
 Set host = New ListCommHost
 host.Evaluated = 0
@@ -54,6 +54,11 @@ ctl.SetObjectValue "AuthorizationLevel", 2
 level = "3"
 ctl.SetObjectValue "AuthorizationLevelGeneral", level
 Check level = "3" And VarType(level) = vbString, "a variable keeps its value and type"
+pipeline = 1
+ctl.SetObjectValue "Pipeline", pipeline
+index = 5.7
+ctl.GetObjectValue "ColorByIndex", index
+Check pipeline = 1 And index = 5.7 And VarType(index) = vbDouble, "converted arguments are not written back"
 Check ctl.GetObjectValue("AuthorizationLevel") = 2, "tools level"
 Check ctl.GetObjectValue("AuthorizationLevelGeneral") = 3, "general level"
 Check Hex(ctl.GetObjectValue("ColorByIndex", 300)) = "C0C0C0", "index out of range is silver"
