@@ -69,7 +69,13 @@ void RunSetObjectValue(ctlTqColorSetting& control, Args& a, Variant&, Failure& f
         failure.param = 1;
         return;
       }
-      InstallThreadHost(std::move(host));
+      // Like the other context keys, a new host object reaches an open editor only once
+      // it has closed (a session that does not exist yet has no editor open).
+      auto install = [host = std::move(host)]() mutable { InstallThreadHost(std::move(host)); };
+      if (frmTqColorSetting* session = frmTqColorSetting::FindThisThread())
+        session->WhenClosed(std::move(install));
+      else
+        install();
       return;
     }
     case ValueConversion::ExactText:

@@ -140,6 +140,8 @@ frmTqColorSetting& frmTqColorSetting::ThisThread(Platform& platform) {
 
 void frmTqColorSetting::DiscardThisThread() { t_session.Reset(nullptr); }
 
+frmTqColorSetting* frmTqColorSetting::FindThisThread() { return t_session.get(); }
+
 frmTqColorSetting::frmTqColorSetting(Platform& platform) : platform_(&platform) {
   host_application_ = Text(kFirstTextId);  // still empty: no language yet
   // CheckCanContinueCST fails until the colour-scheme initialisation has run.
@@ -395,7 +397,7 @@ bool frmTqColorSetting::Show(ControlInstanceState& control, const std::string& c
     RecordDefinedClutFile();
     SendColorValues();
   }
-  ApplyHeldKeys();  // after the closed editor's file is recorded under the old context
+  ApplyHeld();  // after the closed editor's file is recorded under the old context
   if (!ok) {
     error = TypeMismatch();
     return false;
@@ -429,21 +431,29 @@ void frmTqColorSetting::SetObjectValue(ControlInstanceState& control, const std:
   // but the command "SendColorValues") would change the file or the rules under the
   // open editor, whose lock is on the old file. The open editor ignores it; it takes
   // effect when the editor closes, so that the host's next Show sees it.
-  if (showing_ && rule->conversion != ValueConversion::NoValue) {
-    held_keys_.push_back({key, value, &control, control.alive, control.CustomFileDlg});
-    return;
-  }
-  rule->apply(*this, control, value);
+  if (rule->conversion == ValueConversion::NoValue) return rule->apply(*this, control, value);
+  // A control released meanwhile is stood in for by its file-dialog object.
+  WhenClosed([this, rule, value, control = &control, alive = std::weak_ptr<const bool>(control.alive),
+              dialog = control.CustomFileDlg] {
+    ControlInstanceState stand_in;
+    stand_in.CustomFileDlg = dialog;
+    rule->apply(*this, alive.expired() ? stand_in : *control, value);
+  });
 }
 
-void frmTqColorSetting::ApplyHeldKeys() {
-  std::vector<HeldKey> held;
-  held.swap(held_keys_);
-  for (const HeldKey& key : held) {
-    ControlInstanceState stand_in;
-    stand_in.CustomFileDlg = key.dialog;
-    FindKeyRule(key.key)->apply(*this, key.control_alive.expired() ? stand_in : *key.control, key.value);
+bool frmTqColorSetting::WhenClosed(std::function<void()> change) {
+  if (!showing_) {
+    change();
+    return false;
   }
+  held_.push_back(std::move(change));
+  return true;
+}
+
+void frmTqColorSetting::ApplyHeld() {
+  std::vector<std::function<void()>> held;
+  held.swap(held_);
+  for (const auto& change : held) change();
 }
 
 SessionValue frmTqColorSetting::GetObjectValue(const std::string& key, std::int16_t param, SessionError&) {

@@ -166,6 +166,8 @@ class frmTqColorSetting {
   static frmTqColorSetting& ThisThread(Platform& platform);
   // Drops this thread's session (and with it any lock it holds): for tests.
   static void DiscardThisThread();
+  // This thread's session when there is one; creates none.
+  static frmTqColorSetting* FindThisThread();
 
   // The initialise handler.
   explicit frmTqColorSetting(Platform& platform);
@@ -182,6 +184,11 @@ class frmTqColorSetting {
                       SessionError& error);
   // `param` is GetObjectValue's Param converted to a 16-bit integer (only "ColorByIndex" uses it).
   SessionValue GetObjectValue(const std::string& key, std::int16_t param, SessionError& error);
+
+  // Runs `change` now, or, while the editor is open, when it has closed: a change of the
+  // host's context must not reach an open editor, whose lock is on its file. Returns
+  // whether it was held.
+  bool WhenClosed(std::function<void()> change);
 
   // The window of this session; not owned, must outlive its installation (null removes it).
   void InstallView(EditorView* view) { view_ = view; }
@@ -327,16 +334,9 @@ class frmTqColorSetting {
   int last_scheme_index_ = 0;  // the list position last acted on
   bool filling_ = false;       // the program sets the selection
   std::string file_dialog_folder_;  // where the next file dialog starts
-  // Context keys the host sent while the editor was open: applied when it closes.
-  struct HeldKey {
-    std::string key;
-    SessionValue value;
-    ControlInstanceState* control;
-    std::weak_ptr<const bool> control_alive;
-    std::shared_ptr<clsCustomFileDlg> dialog;  // for a control released meanwhile
-  };
-  std::vector<HeldKey> held_keys_;
-  void ApplyHeldKeys();
+  // What the host sent while the editor was open, applied in order when it closes.
+  std::vector<std::function<void()>> held_;
+  void ApplyHeld();
 };
 
 }  // namespace tq
