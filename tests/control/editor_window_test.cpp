@@ -37,6 +37,49 @@ TEST_F(EditorWindow, OpensModalOverItsOwnerAndClosesWithOkCancelEscEnterAndTheCl
     EXPECT_TRUE(d.owner_enabled_after);
     EXPECT_EQ(d.hr, S_OK);
   }
+  // The display closed under the open editor takes the editor with it: Show returns as
+  // after Cancel, the lock goes, and the next Show opens a new editor.
+  Display d;
+  d.shows = 2;
+  bool locked = true;
+  Run(d, [&] {
+    HWND e = Editor(d);
+    ASSERT_TRUE(e);
+    PostMessageW(GetWindow(e, GW_OWNER), WM_CLOSE, 0, 0);
+    WaitForShows(d, 1);
+    locked = std::filesystem::exists(W(Table() + ".lock"));
+    HWND again = Editor(d);
+    ASSERT_TRUE(again);
+    Click(again, ids::kCancel);
+  });
+  EXPECT_EQ(d.results, (std::vector<bool>{false, false}));
+  EXPECT_FALSE(locked);
+}
+
+// The window classes are registered with a process's first editor; the suite's earlier
+// tests have done that, so this runs again in a process of its own (tests/CMakeLists.txt).
+TEST_F(EditorWindow, TwoDisplaysOpenTheFirstEditorsOfTheProcessAtTheSameMoment) {
+  WNDCLASSEXW registered{};
+  registered.cbSize = sizeof registered;
+  if (GetClassInfoExW(GetModuleHandleW(L"TqColorSettingTool.dll"), ids::kEditorClass, &registered))
+    GTEST_SKIP() << "the editor's classes exist already in this process";
+  Display a, b;
+  std::atomic<int> ready{0};
+  for (Display* d : {&a, &b}) {
+    d->enable = false;  // read-only: neither waits for the other's lock
+    d->before_show = [&] {
+      for (++ready; ready < 2;) Sleep(0);
+    };
+  }
+  Run(a, [&] {
+    Run(b, [&] {
+      for (const Display* d : {&a, &b}) {
+        HWND e = Editor(*d);
+        EXPECT_TRUE(e);
+        if (e) Click(e, ids::kCancel);
+      }
+    });
+  });
 }
 
 TEST_F(EditorWindow, APickedColourIsSavedOnOkInItsOwnLineAndSentToTheHost) {
