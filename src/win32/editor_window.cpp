@@ -68,16 +68,21 @@ class ActivationScope {
   ULONG_PTR cookie_ = 0;
 };
 
+// The system's DPI as this thread sees it (96 on a DPI-unaware thread).
+int ThreadDpi() {
+  HDC screen = GetDC(nullptr);
+  const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
+  ReleaseDC(nullptr, screen);
+  return dpi > 0 ? dpi : 96;
+}
+
 int WindowDpi(HWND hwnd) {
   using GetDpiForWindowFn = UINT(WINAPI*)(HWND);
   static const auto get_dpi = reinterpret_cast<GetDpiForWindowFn>(
       reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "GetDpiForWindow")));
   if (get_dpi && hwnd)
     if (const UINT dpi = get_dpi(hwnd)) return static_cast<int>(dpi);
-  HDC screen = GetDC(nullptr);
-  const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
-  ReleaseDC(nullptr, screen);
-  return dpi > 0 ? dpi : 96;
+  return ThreadDpi();
 }
 
 // Gives the caption an access key: its first letter not taken yet by another one.
@@ -174,7 +179,8 @@ void EditorWindow::Build(frmTqColorSetting& session) {
   // An owner that is not a window (a stale handle from the host) gives no owner.
   const HWND parent = reinterpret_cast<HWND>(static_cast<std::uintptr_t>(static_cast<std::uint32_t>(session.hwndParent)));
   const HWND owner = parent && IsWindow(parent) ? parent : nullptr;
-  Shape shape{owner, session.Language(), session.PipelineEnabled, session.VoltageNames()};
+  Shape shape{owner,       session.Language(), session.PipelineEnabled, session.VoltageNames(),
+              ThreadDpi(), owner ? WindowDpi(owner) : 0};
   file_tip_ = Widen(session.ClutFileName());
   // The window of the last session is kept hidden: when it would be built the same
   // (owner, language, rows), it only takes the new colours. Opening is then several
@@ -380,23 +386,29 @@ void EditorWindow::Layout() {
   const bool beside = below + (frame.bottom - frame.top) > monitor.rcWork.bottom - monitor.rcWork.top;
   int client_width, client_height;
   if (beside) {
-    const int x = left + tab_width + gap, width = std::max({combo, save, remove, more, ok, cancel});
+    // The buttons as wide as the widest of them, right-aligned under the scheme list.
+    const int buttons = std::max({save, remove, more, ok, cancel}), width = std::max(combo, buttons);
+    const int x = left + tab_width + gap, button_x = x + width - buttons;
+    place(ids::kSchemeCombo, x, top, width);
     int y = top;
-    for (int id : {ids::kSchemeCombo, ids::kSaveAsButton, ids::kDeleteButton}) {
-      place(id, x, y, width);
+    for (int id : {ids::kSaveAsButton, ids::kDeleteButton}) {
       y += height + gap;
+      place(id, button_x, y, buttons);
     }
     y = top + tab_height - height;
     for (int id : {ids::kCancel, ids::kOk, ids::kMoreButton}) {
-      place(id, x, y, width);
+      place(id, button_x, y, buttons);
       y -= height + gap;
     }
     client_width = x + width + left;
     client_height = top + tab_height + top;
   } else {
     client_width = left + tab_width + left;
+    // The top row ends where Cancel and the tab strip end: the scheme list takes the
+    // room that Save As and Delete leave.
+    const int list = std::max(combo, tab_width - save - remove - 2 * gap);
     int x = left, y = top + tab_height + gap;
-    for (auto [id, width] : {std::pair{ids::kSchemeCombo, combo}, {ids::kSaveAsButton, save}, {ids::kDeleteButton, remove}}) {
+    for (auto [id, width] : {std::pair{ids::kSchemeCombo, list}, {ids::kSaveAsButton, save}, {ids::kDeleteButton, remove}}) {
       place(id, x, y, width);
       x += width + gap;
     }
@@ -684,9 +696,10 @@ void EditorWindow::RunModal() {
                SWP_SHOWWINDOW | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOREDRAW);
   RedrawWindow(hwnd_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
   SetForegroundWindow(hwnd_);
-  // The focus is always visible, not only after the first key press.
+  // The focus is always visible, not only after the first key press. It starts on the
+  // tab strip, where Enter means OK and no text shows selected.
   SendMessageW(hwnd_, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
-  SetFocus(GetNextDlgTabItem(hwnd_, nullptr, FALSE));
+  SetFocus(tabs_);
   MSG msg;
   while (!closing_ && hwnd_) {
     const BOOL got = GetMessageW(&msg, nullptr, 0, 0);

@@ -65,6 +65,9 @@ class EditorWindow final : public EditorView {
     std::string language;
     bool pipeline = false;
     VoltageRowNames voltage_names;
+    // What the new window's DPI follows: this thread's (96 on a DPI-unaware thread) and
+    // the owner's (its monitor's, for a per-monitor aware host).
+    int thread_dpi = 0, owner_dpi = 0;
     bool operator==(const Shape&) const = default;
   };
   void ApplyTopMost();

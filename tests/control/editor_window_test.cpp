@@ -430,24 +430,47 @@ std::vector<std::string> LayoutProblems(HWND parent) {
 
 // Run at 96 DPI with the other tests, and again at 144 DPI by its own CTest entry.
 TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
+  using DpiOf = UINT(WINAPI*)(HWND);
+  using SetThreadDpi = HANDLE(WINAPI*)(HANDLE);
+  HMODULE user32 = GetModuleHandleW(L"user32.dll");
+  const auto dpi_of = reinterpret_cast<DpiOf>(reinterpret_cast<void*>(GetProcAddress(user32, "GetDpiForWindow")));
+  const auto set_thread_dpi =
+      reinterpret_cast<SetThreadDpi>(reinterpret_cast<void*>(GetProcAddress(user32, "SetThreadDpiAwarenessContext")));
+  ASSERT_TRUE(dpi_of && set_thread_dpi);
   for (const wchar_t* language : {L"EN", L"DE"}) {
     Display d;
     d.language = language;
     d.pipeline = true;
     d.levels = 12;
+    // The second opening on a DPI-unaware thread, whose windows have 96 DPI.
+    d.shows = 2;
+    d.between_shows = [&] { set_thread_dpi(reinterpret_cast<HANDLE>(-1) /* DPI_AWARENESS_CONTEXT_UNAWARE */); };
     std::vector<std::string> problems;
     int dpi = 0;
+    UINT dpi_again = 0;
     Run(d, [&] {
       HWND e = Editor(d);
       ASSERT_TRUE(e);
       HDC dc = GetDC(e);
       dpi = GetDeviceCaps(dc, LOGPIXELSY);
       ReleaseDC(e, dc);
+      // The focus starts on the tab strip (on the category list its text would show selected).
+      if (Focus(d) != Item(e, ids::kTabStrip)) problems.push_back("the focus is not on the tab strip");
       // The whole editor, OK and Cancel included, is on the screen.
       RECT window, work;
       GetWindowRect(e, &window);
       SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
       if (window.bottom > work.bottom || window.right > work.right) problems.push_back("larger than the screen");
+      // Below the tabs or beside them, the buttons end where Cancel ends, and have widths
+      // of their own, not the scheme list's.
+      auto rect = [&](int id) {
+        RECT r;
+        GetWindowRect(Item(e, id), &r);
+        return r;
+      };
+      if (rect(ids::kDeleteButton).right != rect(ids::kCancel).right) problems.push_back("Delete does not end with Cancel");
+      const RECT ok = rect(ids::kOk), list = rect(ids::kSchemeCombo);
+      if (ok.right - ok.left >= list.right - list.left) problems.push_back("OK is as wide as the scheme list");
       for (int position = 0; position < 10; ++position) {
         ClickTab(e, position);
         const int page = ShownPage(e);
@@ -463,9 +486,16 @@ TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
       }
       Screenshot(e, "editor-layout-" + U8(language) + "-" + std::to_string(dpi));
       Click(e, ids::kCancel);
+      WaitForShows(d, 1);
+      // The window kept hidden is not taken up at another DPI (at 144 DPI this one differs).
+      HWND again = Editor(d);
+      ASSERT_TRUE(again);
+      dpi_again = dpi_of(again);
+      Click(again, ids::kCancel);
     });
     std::printf("layout checked at %d DPI in %ls\n", dpi, language);
     EXPECT_TRUE(problems.empty()) << problems.size() << " problems, first: " << problems.front();
+    EXPECT_EQ(dpi_again, 96u);
   }
 }
 
