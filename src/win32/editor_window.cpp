@@ -85,6 +85,14 @@ int WindowDpi(HWND hwnd) {
   return ThreadDpi();
 }
 
+// A push button, the owner-drawn colour buttons included (which the system counts as
+// buttons of no particular kind).
+bool IsPushButton(HWND control) {
+  const LRESULT code = SendMessageW(control, WM_GETDLGCODE, 0, 0);
+  return (code & (DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON)) ||
+         ((code & DLGC_BUTTON) && (GetWindowLongW(control, GWL_STYLE) & BS_TYPEMASK) == BS_OWNERDRAW);
+}
+
 // Gives the caption an access key: its first letter not taken yet by another one.
 std::wstring WithMnemonic(const std::wstring& text, std::wstring& taken) {
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -730,11 +738,20 @@ void EditorWindow::Fail() noexcept {
   if (hwnd_) PostMessageW(hwnd_, WM_NULL, 0, 0);
 }
 
-// Ctrl+Tab and Ctrl+Shift+Tab go through the session's selection, which the dialog
-// manager would otherwise take as plain Tab.
 bool EditorWindow::PreTranslate(MSG& msg) {
-  if (msg.message != WM_KEYDOWN || msg.wParam != VK_TAB) return false;
+  if (msg.message != WM_KEYDOWN) return false;
   if (msg.hwnd != hwnd_ && !IsChild(hwnd_, msg.hwnd)) return false;
+  // Enter presses the focused push button, as in a dialog. The dialog manager would
+  // press OK instead for a window that is not a dialog and for the owner-drawn colour
+  // buttons: an operator's Enter on a colour would save.
+  if (msg.wParam == VK_RETURN && IsPushButton(msg.hwnd)) {
+    SendMessageW(GetParent(msg.hwnd), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(msg.hwnd), BN_CLICKED),
+                 reinterpret_cast<LPARAM>(msg.hwnd));
+    return true;
+  }
+  // Ctrl+Tab and Ctrl+Shift+Tab go through the session's selection, which the dialog
+  // manager would otherwise take as plain Tab.
+  if (msg.wParam != VK_TAB) return false;
   const bool ctrl = GetKeyState(VK_CONTROL) < 0, shift = GetKeyState(VK_SHIFT) < 0, alt = GetKeyState(VK_MENU) < 0;
   if (!ctrl || alt) return false;
   session_->Selection().CtrlTab(shift);
@@ -785,9 +802,14 @@ void EditorWindow::OnDrawItem(const DRAWITEMSTRUCT& item) {
   const int row = static_cast<int>(item.CtlID) - ids::kColorButton;
   RECT rect = item.rcItem;
   const bool pushed = item.itemState & ODS_SELECTED;
-  const bool disabled = item.itemState & ODS_DISABLED;
-  DrawFrameControl(item.hDC, &rect, DFC_BUTTON,
-                   DFCS_BUTTONPUSH | (pushed ? DFCS_PUSHED : 0) | (disabled ? DFCS_INACTIVE : 0));
+  if (item.itemState & ODS_DISABLED) {
+    // Flat, with nothing raised to press. (A disabled system button differs only by its
+    // grey text, and a colour button has none.)
+    FillRect(item.hDC, &rect, GetSysColorBrush(COLOR_BTNFACE));
+    FrameRect(item.hDC, &rect, GetSysColorBrush(COLOR_BTNSHADOW));
+  } else {
+    DrawFrameControl(item.hDC, &rect, DFC_BUTTON, DFCS_BUTTONPUSH | (pushed ? DFCS_PUSHED : 0));
+  }
   const int edge = std::max(3, Px(45));
   InflateRect(&rect, -edge, -edge);
   if (pushed) OffsetRect(&rect, 1, 1);

@@ -258,10 +258,24 @@ class EditorWindow : public ::testing::Test {
     GetGUIThreadInfo(d.thread, &info);
     return info.hwndFocus;
   }
+  // A pixel of a window (from its top-left corner) as the screen shows it.
+  static COLORREF Pixel(HWND window, int x, int y) {
+    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    Idle(window);
+    RECT r;
+    GetWindowRect(window, &r);
+    HDC screen = GetDC(nullptr);
+    const COLORREF pixel = GetPixel(screen, r.left + x, r.top + y);
+    ReleaseDC(nullptr, screen);
+    return pixel;
+  }
   // Picks a colour in the standard colour dialog as a user types it (nullopt cancels);
   // what the dialog started from.
   static std::wstring Pick(const Display& d, HWND editor, int row, std::optional<COLORREF> colour) {
     Click(editor, ids::kColorButton + row);
+    return AnswerColorDialog(d, editor, colour);
+  }
+  static std::wstring AnswerColorDialog(const Display& d, HWND editor, std::optional<COLORREF> colour) {
     HWND dialog = OwnedDialog(d, editor);
     if (!dialog) return L"no colour dialog";
     const std::wstring preset = L"(" + ItemText(dialog, 706) + L", " + ItemText(dialog, 707) + L", " + ItemText(dialog, 708) + L")";

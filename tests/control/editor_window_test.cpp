@@ -203,23 +203,34 @@ TEST_F(EditorWindow, ReadOnlyByLevelOrByTheHostShowsItInTitleButtonsAndSchemeLis
     EXPECT_EQ(cancel, c.language == std::wstring(L"DE") ? L"Abbrechen" : L"Cancel");
     EXPECT_EQ(tab, c.language == std::wstring(L"DE") ? L"Zustandsfarben" : L"State Colors");
   }
-  // The same window, opened again editable, takes none of the read-only state along.
+  // The same window, opened again editable, takes none of the read-only state along. A
+  // read-only colour button looks it (its frame differs) and still shows its colour.
   Display d;
   d.enable = false;
   d.enable_later = true;
   d.shows = 2;
   std::vector<std::wstring> seen;
+  std::vector<COLORREF> frames;
   Run(d, [&] {
     for (int i = 0; i < 2; ++i) {
       HWND e = Editor(d);
       ASSERT_TRUE(e);
       seen.push_back(WindowText(e) + L"|" + std::to_wstring(Enabled(e, ids::kColorButton + 19)) +
                      std::to_wstring(Enabled(e, ids::kOk)));
+      HWND button = Item(e, ids::kColorButton + 19);
+      RECT r;
+      GetClientRect(button, &r);
+      frames.push_back(Pixel(button, 0, 0));
+      frames.push_back(Pixel(button, r.right - 1, r.bottom - 1));
+      EXPECT_EQ(RgbText(static_cast<std::int32_t>(Pixel(button, r.right / 2, r.bottom / 2))),
+                Text(e, ids::kRgbLabel + 19));
       Click(e, ids::kCancel);
       WaitForShows(d, i + 1);
     }
   });
   EXPECT_EQ(seen, (std::vector<std::wstring>{L"Color Setting Tool (Read-Only)|00", L"Color Setting Tool|11"}));
+  ASSERT_EQ(frames.size(), 4u);
+  EXPECT_TRUE(frames[0] != frames[2] || frames[1] != frames[3]);
 }
 
 TEST_F(EditorWindow, AnotherEditorsLockOffersReadOnlyAndNoKeepsTheEditorClosed) {
@@ -325,8 +336,11 @@ TEST_F(EditorWindow, TabsFollowTheStripTheHostsNumbersAndTagsAndCtrlTab) {
     EXPECT_EQ(page, c.page);
   }
   // Ctrl+Tab and Ctrl+Shift+Tab as typed: from the State page the next step is the last tab.
+  // Enter on a focused button presses that button: a colour's opens its colour dialog,
+  // Cancel's cancels the pick; neither presses OK.
   Display d;
   std::vector<int> pages;
+  std::wstring picked;
   Run(d, [&] {
     HWND e = Editor(d);
     ASSERT_TRUE(e);
@@ -334,9 +348,20 @@ TEST_F(EditorWindow, TabsFollowTheStripTheHostsNumbersAndTagsAndCtrlTab) {
       Type(e, shift ? std::vector<WORD>{VK_CONTROL, VK_SHIFT, VK_TAB} : std::vector<WORD>{VK_CONTROL, VK_TAB});
       pages.push_back(ShownPage(e));
     }
-    Click(e, ids::kCancel);
+    auto tab_to = [&](auto is_target) {
+      for (int i = 0; i < 20 && !is_target(GetDlgCtrlID(Focus(d))); ++i) Type(e, {VK_TAB});
+      return GetDlgCtrlID(Focus(d));
+    };
+    const int row = tab_to([](int id) { return id >= ids::kColorButton && id < ids::kRgbLabel; }) - ids::kColorButton;
+    Type(e, {VK_RETURN});
+    AnswerColorDialog(d, e, RGB(1, 2, 3));
+    picked = Text(e, ids::kRgbLabel + row);
+    ASSERT_EQ(tab_to([](int id) { return id == ids::kCancel; }), ids::kCancel);
+    Type(e, {VK_RETURN});
   });
   EXPECT_EQ(pages, (std::vector<int>{1, 10, 7, 5}));
+  EXPECT_EQ(picked, L"(1, 2, 3)");
+  EXPECT_EQ(d.results, std::vector<bool>{false});
 }
 
 TEST_F(EditorWindow, BadTablesAStaleOwnerAndNoInitializeOpenTheEditorOrRefuseWithAMessage) {
