@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 #include <vector>
 
 #include "colortable/clut_locations.h"
@@ -14,7 +15,9 @@
 #include "win32/common_dialog.h"
 #include "win32/editor_ids.h"
 #include "win32/font_helper.h"
+#include "win32/guard.h"
 #include "win32/handles.h"
+#include "win32/msgbox.h"
 #include "win32/save_scheme_dialog.h"
 #include "win32/text.h"
 
@@ -65,16 +68,29 @@ class ActivationScope {
   ULONG_PTR cookie_ = 0;
 };
 
+// The system's DPI as this thread sees it (96 on a DPI-unaware thread).
+int ThreadDpi() {
+  HDC screen = GetDC(nullptr);
+  const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
+  ReleaseDC(nullptr, screen);
+  return dpi > 0 ? dpi : 96;
+}
+
 int WindowDpi(HWND hwnd) {
   using GetDpiForWindowFn = UINT(WINAPI*)(HWND);
   static const auto get_dpi = reinterpret_cast<GetDpiForWindowFn>(
       reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "GetDpiForWindow")));
   if (get_dpi && hwnd)
     if (const UINT dpi = get_dpi(hwnd)) return static_cast<int>(dpi);
-  HDC screen = GetDC(nullptr);
-  const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
-  ReleaseDC(nullptr, screen);
-  return dpi > 0 ? dpi : 96;
+  return ThreadDpi();
+}
+
+// A push button, the owner-drawn colour buttons included (which the system counts as
+// buttons of no particular kind).
+bool IsPushButton(HWND control) {
+  const LRESULT code = SendMessageW(control, WM_GETDLGCODE, 0, 0);
+  return (code & (DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON)) ||
+         ((code & DLGC_BUTTON) && (GetWindowLongW(control, GWL_STYLE) & BS_TYPEMASK) == BS_OWNERDRAW);
 }
 
 // Gives the caption an access key: its first letter not taken yet by another one.
@@ -104,6 +120,16 @@ bool IsIdIn(int id, int base) { return id >= base && id < base + kRowCount; }
 
 thread_local ThreadOwned<EditorWindow> t_window;
 LONG g_live_windows = 0;
+INIT_ONCE g_classes_registered = INIT_ONCE_STATIC_INIT;
+
+BOOL CALLBACK RegisterOnce(PINIT_ONCE, PVOID classes, PVOID*) {
+  INITCOMMONCONTROLSEX init{sizeof init, ICC_TAB_CLASSES | ICC_STANDARD_CLASSES | ICC_BAR_CLASSES};
+  InitCommonControlsEx(&init);
+  // A class left by this library's image before (same module, same procedures) serves.
+  auto add = [](const WNDCLASSEXW& c) { return RegisterClassExW(&c) || GetLastError() == ERROR_CLASS_ALREADY_EXISTS; };
+  auto* pair = static_cast<const std::pair<WNDCLASSEXW, WNDCLASSEXW>*>(classes);
+  return add(pair->first) && add(pair->second);
+}
 
 }  // namespace
 
@@ -117,11 +143,6 @@ EditorWindow& EditorWindow::ThisThread() { return t_window.Get(); }
 long EditorWindow::LiveWindows() { return InterlockedCompareExchange(&g_live_windows, 0, 0); }
 
 bool EditorWindow::RegisterClasses() {
-  WNDCLASSEXW existing{};
-  existing.cbSize = sizeof existing;
-  if (GetClassInfoExW(ThisModule(), ids::kEditorClass, &existing)) return true;
-  INITCOMMONCONTROLSEX init{sizeof init, ICC_TAB_CLASSES | ICC_STANDARD_CLASSES | ICC_BAR_CLASSES};
-  InitCommonControlsEx(&init);
   WNDCLASSEXW editor{};
   editor.cbSize = sizeof editor;
   editor.lpfnWndProc = &EditorWindow::WindowProc;
@@ -134,12 +155,17 @@ bool EditorWindow::RegisterClasses() {
   panel.lpfnWndProc = &EditorWindow::PanelProc;
   panel.lpszClassName = kPanelClass;
   panel.hIcon = nullptr;
-  return RegisterClassExW(&editor) && RegisterClassExW(&panel);
+  // Once: two threads opening their first editor at the same moment both get it. A
+  // failure is not remembered, so a later editor tries again.
+  std::pair classes{editor, panel};
+  return InitOnceExecuteOnce(&g_classes_registered, &RegisterOnce, &classes, nullptr);
 }
 
+// On unloading, when no window of the classes is left and no thread registers them.
 void EditorWindow::UnregisterClasses() {
   UnregisterClassW(ids::kEditorClass, ThisModule());
   UnregisterClassW(kPanelClass, ThisModule());
+  InitOnceInitialize(&g_classes_registered);
 }
 
 EditorWindow::~EditorWindow() { Destroy(); }
@@ -151,16 +177,24 @@ std::wstring EditorWindow::Caption(int id) const {
   return Widen(text.empty() ? GetString(id) : text);
 }
 
+// A window that cannot be built whole is not kept: ShowModal then returns at once, as
+// if cancelled.
 void EditorWindow::Load(frmTqColorSetting& session) {
+  GuardCallback(0, [&] { return Build(session), 0; }, [this] { Destroy(); });
+}
+
+void EditorWindow::Build(frmTqColorSetting& session) {
   // An owner that is not a window (a stale handle from the host) gives no owner.
   const HWND parent = reinterpret_cast<HWND>(static_cast<std::uintptr_t>(static_cast<std::uint32_t>(session.hwndParent)));
-  Shape shape{parent && IsWindow(parent) ? parent : nullptr, session.Language(), session.PipelineEnabled,
-              session.VoltageNames()};
+  const HWND owner = parent && IsWindow(parent) ? parent : nullptr;
+  Shape shape{owner,       session.Language(), session.PipelineEnabled, session.VoltageNames(),
+              ThreadDpi(), owner ? WindowDpi(owner) : 0};
   file_tip_ = Widen(session.ClutFileName());
   // The window of the last session is kept hidden: when it would be built the same
   // (owner, language, rows), it only takes the new colours. Opening is then several
-  // times faster, and nothing is created or freed per opening.
-  if (hwnd_ && IsWindow(hwnd_) && shape == shape_) {
+  // times faster, and nothing is created or freed per opening. (A window destroyed
+  // under us has been forgotten at its WM_NCDESTROY.)
+  if (hwnd_ && shape == shape_) {
     session_ = &session;
     RowChanged(-1);
     ApplyTopMost();
@@ -170,13 +204,23 @@ void EditorWindow::Load(frmTqColorSetting& session) {
   session_ = &session;
   shape_ = std::move(shape);
   owner_ = shape_.owner;
-  if (!RegisterClasses()) return;
-  ActivationScope styles;
-  hwnd_ = CreateWindowExW(WS_EX_DLGMODALFRAME | WS_EX_CONTROLPARENT, ids::kEditorClass,
-                          Widen(session.Caption()).c_str(),
-                          WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT, 100,
-                          100, owner_, nullptr, ThisModule(), this);
-  if (!hwnd_) return;
+  DWORD error = 0;
+  if (RegisterClasses()) {
+    ActivationScope styles;
+    hwnd_ = CreateWindowExW(WS_EX_DLGMODALFRAME | WS_EX_CONTROLPARENT, ids::kEditorClass,
+                            Widen(session.Caption()).c_str(),
+                            WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT, 100,
+                            100, owner_, nullptr, ThisModule(), this);
+    if (!hwnd_) error = GetLastError();
+  } else {
+    error = GetLastError();
+  }
+  if (!hwnd_) {
+    // The session goes on as if the user had cancelled: the user learns why.
+    int buttons = MB_OK;
+    ShowMessage("The editor window cannot be opened.\r\n" + ErrorText(error), buttons, MB_ICONSTOP, session.Caption());
+    return;
+  }
   InterlockedIncrement(&g_live_windows);
   // The system menu offers only what a dialog offers.
   if (HMENU menu = GetSystemMenu(hwnd_, FALSE)) {
@@ -220,13 +264,16 @@ void EditorWindow::Unload() {
 }
 
 void EditorWindow::Destroy() {
-  if (hwnd_) {
-    HWND hwnd = hwnd_;
-    hwnd_ = nullptr;
-    DestroyWindow(hwnd);
+  if (HWND hwnd = std::exchange(hwnd_, nullptr)) {
+    DestroyWindow(hwnd);  // the tooltip, a window it owns, goes with it
     InterlockedDecrement(&g_live_windows);
   }
-  if (tooltip_) DestroyWindow(tooltip_);  // a top-level window of its own
+  Forget();
+  session_ = nullptr;
+}
+
+// Lets go of what was made for the window, which is gone.
+void EditorWindow::Forget() {
   tooltip_ = tabs_ = nullptr;
   pages_.fill(nullptr);
   for (auto& frames : frames_) frames.fill(nullptr);
@@ -237,7 +284,6 @@ void EditorWindow::Destroy() {
   for (auto& text : rgb_texts_) text.clear();
   buttons_enabled_ = true;
   gdi_.reset();
-  session_ = nullptr;
 }
 
 HWND EditorWindow::CreateChild(HWND parent, const wchar_t* window_class, const std::wstring& text, DWORD style,
@@ -348,23 +394,29 @@ void EditorWindow::Layout() {
   const bool beside = below + (frame.bottom - frame.top) > monitor.rcWork.bottom - monitor.rcWork.top;
   int client_width, client_height;
   if (beside) {
-    const int x = left + tab_width + gap, width = std::max({combo, save, remove, more, ok, cancel});
+    // The buttons as wide as the widest of them, right-aligned under the scheme list.
+    const int buttons = std::max({save, remove, more, ok, cancel}), width = std::max(combo, buttons);
+    const int x = left + tab_width + gap, button_x = x + width - buttons;
+    place(ids::kSchemeCombo, x, top, width);
     int y = top;
-    for (int id : {ids::kSchemeCombo, ids::kSaveAsButton, ids::kDeleteButton}) {
-      place(id, x, y, width);
+    for (int id : {ids::kSaveAsButton, ids::kDeleteButton}) {
       y += height + gap;
+      place(id, button_x, y, buttons);
     }
     y = top + tab_height - height;
     for (int id : {ids::kCancel, ids::kOk, ids::kMoreButton}) {
-      place(id, x, y, width);
+      place(id, button_x, y, buttons);
       y -= height + gap;
     }
     client_width = x + width + left;
     client_height = top + tab_height + top;
   } else {
     client_width = left + tab_width + left;
+    // The top row ends where Cancel and the tab strip end: the scheme list takes the
+    // room that Save As and Delete leave.
+    const int list = std::max(combo, tab_width - save - remove - 2 * gap);
     int x = left, y = top + tab_height + gap;
-    for (auto [id, width] : {std::pair{ids::kSchemeCombo, combo}, {ids::kSaveAsButton, save}, {ids::kDeleteButton, remove}}) {
+    for (auto [id, width] : {std::pair{ids::kSchemeCombo, list}, {ids::kSaveAsButton, save}, {ids::kDeleteButton, remove}}) {
       place(id, x, y, width);
       x += width + gap;
     }
@@ -541,16 +593,18 @@ void EditorWindow::ShowMoreMenu() {
 
 LRESULT CALLBACK EditorWindow::MoreButtonProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
                                               DWORD_PTR self) {
-  if (message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK) {
-    auto* window = reinterpret_cast<EditorWindow*>(self);
-    SetFocus(hwnd);
-    SendMessageW(hwnd, BM_SETSTATE, TRUE, 0);  // looks pressed while its menu is open
-    if (window->session_) window->ShowMoreMenu();
-    if (IsWindow(hwnd)) SendMessageW(hwnd, BM_SETSTATE, FALSE, 0);
-    return 0;
-  }
-  if (message == WM_NCDESTROY) RemoveWindowSubclass(hwnd, &MoreButtonProc, 0);
-  return DefSubclassProc(hwnd, message, wparam, lparam);
+  auto* window = reinterpret_cast<EditorWindow*>(self);
+  return GuardCallback(LRESULT{0}, [&]() -> LRESULT {
+    if (message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK) {
+      SetFocus(hwnd);
+      SendMessageW(hwnd, BM_SETSTATE, TRUE, 0);  // looks pressed while its menu is open
+      if (window->session_) window->ShowMoreMenu();
+      if (IsWindow(hwnd)) SendMessageW(hwnd, BM_SETSTATE, FALSE, 0);
+      return 0;
+    }
+    if (message == WM_NCDESTROY) RemoveWindowSubclass(hwnd, &MoreButtonProc, 0);
+    return DefSubclassProc(hwnd, message, wparam, lparam);
+  }, [window] { window->Fail(); });
 }
 
 void EditorWindow::ApplySelection() {
@@ -608,6 +662,11 @@ void EditorWindow::RowChanged(int row) {
 
 void EditorWindow::ShowModal(frmTqColorSetting& session) {
   if (!hwnd_ || session_ != &session) return;
+  // Whatever throws in here ends the editor as Cancel; the owner gets its input back.
+  GuardCallback(0, [this] { return RunModal(), 0; }, [this] { Fail(); });
+}
+
+void EditorWindow::RunModal() {
   ApplyEnablement();  // first: the frames ApplySelection builds take the buttons' state
   ApplySelection();
   // Centred over the owner (or the screen's work area), like a dialog.
@@ -631,6 +690,7 @@ void EditorWindow::ShowModal(frmTqColorSetting& session) {
     bool was_enabled;
     OwnerDisabled(HWND o, HWND e) : owner(o), editor(e), was_enabled(o && !EnableWindow(o, FALSE)) {}
     ~OwnerDisabled() {
+      if (!owner || !IsWindow(owner)) owner = nullptr;  // it may have gone, taking the editor with it
       if (owner && was_enabled) EnableWindow(owner, TRUE);
       if (owner) SetActiveWindow(owner);
       if (editor && IsWindow(editor)) ShowWindow(editor, SW_HIDE);
@@ -644,9 +704,10 @@ void EditorWindow::ShowModal(frmTqColorSetting& session) {
                SWP_SHOWWINDOW | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOREDRAW);
   RedrawWindow(hwnd_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
   SetForegroundWindow(hwnd_);
-  // The focus is always visible, not only after the first key press.
+  // The focus is always visible, not only after the first key press. It starts on the
+  // tab strip, where Enter means OK and no text shows selected.
   SendMessageW(hwnd_, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
-  SetFocus(GetNextDlgTabItem(hwnd_, nullptr, FALSE));
+  SetFocus(tabs_);
   MSG msg;
   while (!closing_ && hwnd_) {
     const BOOL got = GetMessageW(&msg, nullptr, 0, 0);
@@ -670,11 +731,27 @@ void EditorWindow::Close() {
   if (hwnd_) PostMessageW(hwnd_, WM_NULL, 0, 0);  // wakes the modal loop
 }
 
-// Ctrl+Tab and Ctrl+Shift+Tab go through the session's selection, which the dialog
-// manager would otherwise take as plain Tab.
+// Ends the editor as Cancel (nothing is saved) after something threw inside it.
+void EditorWindow::Fail() noexcept {
+  closing_ = true;
+  if (session_) GuardCallback(0, [this] { return session_->cmdCancel_Click(), 0; });
+  if (hwnd_) PostMessageW(hwnd_, WM_NULL, 0, 0);
+}
+
 bool EditorWindow::PreTranslate(MSG& msg) {
-  if (msg.message != WM_KEYDOWN || msg.wParam != VK_TAB) return false;
+  if (msg.message != WM_KEYDOWN) return false;
   if (msg.hwnd != hwnd_ && !IsChild(hwnd_, msg.hwnd)) return false;
+  // Enter presses the focused push button, as in a dialog. The dialog manager would
+  // press OK instead for a window that is not a dialog and for the owner-drawn colour
+  // buttons: an operator's Enter on a colour would save.
+  if (msg.wParam == VK_RETURN && IsPushButton(msg.hwnd)) {
+    SendMessageW(GetParent(msg.hwnd), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(msg.hwnd), BN_CLICKED),
+                 reinterpret_cast<LPARAM>(msg.hwnd));
+    return true;
+  }
+  // Ctrl+Tab and Ctrl+Shift+Tab go through the session's selection, which the dialog
+  // manager would otherwise take as plain Tab.
+  if (msg.wParam != VK_TAB) return false;
   const bool ctrl = GetKeyState(VK_CONTROL) < 0, shift = GetKeyState(VK_SHIFT) < 0, alt = GetKeyState(VK_MENU) < 0;
   if (!ctrl || alt) return false;
   session_->Selection().CtrlTab(shift);
@@ -725,9 +802,14 @@ void EditorWindow::OnDrawItem(const DRAWITEMSTRUCT& item) {
   const int row = static_cast<int>(item.CtlID) - ids::kColorButton;
   RECT rect = item.rcItem;
   const bool pushed = item.itemState & ODS_SELECTED;
-  const bool disabled = item.itemState & ODS_DISABLED;
-  DrawFrameControl(item.hDC, &rect, DFC_BUTTON,
-                   DFCS_BUTTONPUSH | (pushed ? DFCS_PUSHED : 0) | (disabled ? DFCS_INACTIVE : 0));
+  if (item.itemState & ODS_DISABLED) {
+    // Flat, with nothing raised to press. (A disabled system button differs only by its
+    // grey text, and a colour button has none.)
+    FillRect(item.hDC, &rect, GetSysColorBrush(COLOR_BTNFACE));
+    FrameRect(item.hDC, &rect, GetSysColorBrush(COLOR_BTNSHADOW));
+  } else {
+    DrawFrameControl(item.hDC, &rect, DFC_BUTTON, DFCS_BUTTONPUSH | (pushed ? DFCS_PUSHED : 0));
+  }
   const int edge = std::max(3, Px(45));
   InflateRect(&rect, -edge, -edge);
   if (pushed) OffsetRect(&rect, 1, 1);
@@ -756,7 +838,9 @@ LRESULT CALLBACK EditorWindow::WindowProc(HWND hwnd, UINT message, WPARAM wparam
     SetWindowLongPtrW(hwnd, GWLP_USERDATA,
                       reinterpret_cast<LONG_PTR>(reinterpret_cast<CREATESTRUCTW*>(lparam)->lpCreateParams));
   auto* self = reinterpret_cast<EditorWindow*>(GetWindowLongPtrW(hwnd, GWLP_USERDATA));
-  return self ? self->Handle(hwnd, message, wparam, lparam) : DefWindowProcW(hwnd, message, wparam, lparam);
+  if (!self) return DefWindowProcW(hwnd, message, wparam, lparam);
+  return GuardCallback(LRESULT{0}, [&] { return self->Handle(hwnd, message, wparam, lparam); },
+                       [self] { self->Fail(); });
 }
 
 // Pages and frames hand their children's notifications to the editor.
@@ -765,28 +849,30 @@ LRESULT CALLBACK EditorWindow::PanelProc(HWND hwnd, UINT message, WPARAM wparam,
     SetWindowLongPtrW(hwnd, GWLP_USERDATA,
                       reinterpret_cast<LONG_PTR>(reinterpret_cast<CREATESTRUCTW*>(lparam)->lpCreateParams));
   auto* self = reinterpret_cast<EditorWindow*>(GetWindowLongPtrW(hwnd, GWLP_USERDATA));
-  switch (message) {
-    case WM_COMMAND:
-    case WM_DRAWITEM:
-    case WM_CTLCOLORSTATIC:
-    case WM_NOTIFY:
-      if (self) return self->Handle(hwnd, message, wparam, lparam);
-      break;
-    case WM_PAINT:
-      if (GetDlgCtrlID(hwnd) >= ids::kFrame) {  // a category frame: an etched border
-        PAINTSTRUCT paint;
-        HDC dc = BeginPaint(hwnd, &paint);
-        RECT rect;
-        GetClientRect(hwnd, &rect);
-        DrawEdge(dc, &rect, EDGE_ETCHED, BF_RECT);
-        EndPaint(hwnd, &paint);
-        return 0;
-      }
-      break;
-    default:
-      break;
-  }
-  return DefWindowProcW(hwnd, message, wparam, lparam);
+  if (!self) return DefWindowProcW(hwnd, message, wparam, lparam);
+  return GuardCallback(LRESULT{0}, [&]() -> LRESULT {
+    switch (message) {
+      case WM_COMMAND:
+      case WM_DRAWITEM:
+      case WM_CTLCOLORSTATIC:
+      case WM_NOTIFY:
+        return self->Handle(hwnd, message, wparam, lparam);
+      case WM_PAINT:
+        if (GetDlgCtrlID(hwnd) >= ids::kFrame) {  // a category frame: an etched border
+          PAINTSTRUCT paint;
+          HDC dc = BeginPaint(hwnd, &paint);
+          RECT rect;
+          GetClientRect(hwnd, &rect);
+          DrawEdge(dc, &rect, EDGE_ETCHED, BF_RECT);
+          EndPaint(hwnd, &paint);
+          return 0;
+        }
+        break;
+      default:
+        break;
+    }
+    return DefWindowProcW(hwnd, message, wparam, lparam);
+  }, [self] { self->Fail(); });
 }
 
 LRESULT EditorWindow::Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
@@ -827,6 +913,15 @@ LRESULT EditorWindow::Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lpar
     case WM_CLOSE:
       if (hwnd == hwnd_ && session_) session_->QueryUnload(kUnloadFromControlMenu);
       return 0;  // the session decides; Cancel ends the modal loop
+    case WM_NCDESTROY:
+      // Destroyed by the system, not by Destroy: its owner went (the host closed the
+      // display). An open editor ends as Cancel, and the next Load builds a new window.
+      if (hwnd != hwnd_) break;
+      hwnd_ = nullptr;
+      InterlockedDecrement(&g_live_windows);
+      Forget();
+      if (session_ && !closing_) session_->cmdCancel_Click();
+      break;
     default:
       break;
   }

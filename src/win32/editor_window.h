@@ -26,8 +26,10 @@ class EditorWindow final : public EditorView {
  public:
   // This thread's window object (the window itself exists from Load to Unload).
   static EditorWindow& ThisThread();
-  // The window classes outlive a library that the host unloads and loads again:
-  // the library removes them when it is unloaded.
+  // Registers the window classes once per process (each thread's first editor may come
+  // at the same moment); false only when the system refuses them. They would outlive a
+  // library that the host unloads and loads again: the library removes them when it is
+  // unloaded, and the library loaded again registers them again.
   static bool RegisterClasses();
   static void UnregisterClasses();
   // Editor windows that exist (shown or kept hidden) in the process: the library must
@@ -63,6 +65,9 @@ class EditorWindow final : public EditorView {
     std::string language;
     bool pipeline = false;
     VoltageRowNames voltage_names;
+    // What the new window's DPI follows: this thread's (96 on a DPI-unaware thread) and
+    // the owner's (its monitor's, for a per-monitor aware host).
+    int thread_dpi = 0, owner_dpi = 0;
     bool operator==(const Shape&) const = default;
   };
   void ApplyTopMost();
@@ -71,6 +76,10 @@ class EditorWindow final : public EditorView {
   static LRESULT CALLBACK MoreButtonProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR id,
                                          DWORD_PTR self);
   void ShowMoreMenu();
+  void Build(frmTqColorSetting& session);
+  void RunModal();
+  void Fail() noexcept;
+  void Forget();
   LRESULT Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
 
   void CreateControls();

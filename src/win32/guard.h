@@ -37,7 +37,8 @@ HRESULT GuardCom(Body&& body) noexcept {
 }
 
 // Runs a window, dialog or hook procedure's body; when it throws, `failed` runs (it
-// must not throw itself: the editor uses it to end as Cancel) and `fallback` is the
+// must not throw itself: the editor uses it to end as Cancel; it runs inside the
+// handler, so std::current_exception() is what was thrown) and `fallback` is the
 // message's result.
 template <class Result, class Body, class Failed>
 Result GuardCallback(Result fallback, Body&& body, Failed&& failed) noexcept {

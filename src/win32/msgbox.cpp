@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "support/localization.h"
+#include "win32/guard.h"
 #include "win32/text.h"
 
 namespace tq::win {
@@ -27,12 +28,16 @@ LRESULT CALLBACK CaptionHook(int code, WPARAM wparam, LPARAM lparam) {
   const LRESULT next = CallNextHookEx(t_hook, code, wparam, lparam);
   if (code == HCBT_ACTIVATE) {
     HWND box = reinterpret_cast<HWND>(wparam);
-    if (t_button_set == MB_OK) {
-      SetItemText(box, IDOK, 1551);
-    } else if (t_button_set == MB_YESNO) {
-      SetItemText(box, IDYES, 1552);
-      SetItemText(box, IDNO, 1553);
-    }
+    // A box whose captions could not be made keeps the system's.
+    GuardCallback(0, [&] {
+      if (t_button_set == MB_OK) {
+        SetItemText(box, IDOK, 1551);
+      } else if (t_button_set == MB_YESNO) {
+        SetItemText(box, IDYES, 1552);
+        SetItemText(box, IDNO, 1553);
+      }
+      return 0;
+    });
     UnhookWindowsHookEx(t_hook);
     t_hook = nullptr;
   }

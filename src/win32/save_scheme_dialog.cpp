@@ -11,6 +11,7 @@
 
 #include "support/localization.h"
 #include "win32/editor_ids.h"
+#include "win32/guard.h"
 #include "win32/handles.h"
 #include "win32/text.h"
 
@@ -167,37 +168,34 @@ void OnOk(HWND dialog, DialogState& state) {
   EndDialog(dialog, IDOK);
 }
 
-INT_PTR CALLBACK SaveSchemeProc(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
+INT_PTR OnMessage(HWND dialog, UINT message, WPARAM wparam, DialogState& state) {
   if (message == WM_INITDIALOG) {
-    SetWindowLongPtrW(dialog, DWLP_USER, lparam);
-    auto& state = *reinterpret_cast<DialogState*>(lparam);
-    try {
-      OnInit(dialog, state);
-    } catch (...) {
-      state.failure = std::current_exception();
-      EndDialog(dialog, IDCANCEL);
-    }
+    OnInit(dialog, state);
     return FALSE;  // the focus is set
   }
-  auto* state = reinterpret_cast<DialogState*>(GetWindowLongPtrW(dialog, DWLP_USER));
-  if (!state || message != WM_COMMAND) return FALSE;
+  if (message != WM_COMMAND) return FALSE;
   switch (LOWORD(wparam)) {
     case IDOK:
-      try {
-        OnOk(dialog, *state);
-      } catch (...) {
-        state->failure = std::current_exception();
-        state->result.clear();
-        EndDialog(dialog, IDCANCEL);
-      }
+      OnOk(dialog, state);
       return TRUE;
     case IDCANCEL:  // also Esc and the close box
-      state->result.clear();
+      state.result.clear();
       EndDialog(dialog, IDCANCEL);
       return TRUE;
     default:
       return FALSE;
   }
+}
+
+INT_PTR CALLBACK SaveSchemeProc(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_INITDIALOG) SetWindowLongPtrW(dialog, DWLP_USER, lparam);
+  auto* state = reinterpret_cast<DialogState*>(GetWindowLongPtrW(dialog, DWLP_USER));
+  if (!state) return FALSE;
+  return GuardCallback(INT_PTR{TRUE}, [&] { return OnMessage(dialog, message, wparam, *state); }, [&] {
+    state->failure = std::current_exception();
+    state->result.clear();
+    EndDialog(dialog, IDCANCEL);
+  });
 }
 
 }  // namespace

@@ -106,6 +106,7 @@ struct Display {
   std::optional<bool> enable_later;  // EnableChanges of the second and later openings
   int shows = 1;
   std::function<void()> before_show;  // on the display's thread, after "Initialize"
+  std::function<void()> between_shows;  // on the display's thread, before each Show after the first
   std::function<void(IDispatch*)> with_control;  // the same, with the control (events, keys)
   std::function<void()> after_shows;  // on the display's thread, while the control still lives
   // Seen.
@@ -168,6 +169,7 @@ class EditorWindow : public ::testing::Test {
         if (d.before_show) d.before_show();
         if (d.with_control) d.with_control(control.Get());
         for (int i = 0; i < d.shows; ++i) {
+          if (i > 0 && d.between_shows) d.between_shows();
           ArgList show;
           show.RefStr(L"unused");
           if (d.tab_name) show.RefStr(d.tab_name); else show.I2(d.tab).RefVar();
@@ -249,10 +251,31 @@ class EditorWindow : public ::testing::Test {
     return WaitForWindow([&](HWND hwnd) { return HasClass(hwnd, L"#32770") && GetWindow(hwnd, GW_OWNER) == owner; },
                          d.thread);
   }
+  // The window with the keyboard focus on the display's thread.
+  static HWND Focus(const Display& d) {
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    GetGUIThreadInfo(d.thread, &info);
+    return info.hwndFocus;
+  }
+  // A pixel of a window (from its top-left corner) as the screen shows it.
+  static COLORREF Pixel(HWND window, int x, int y) {
+    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    Idle(window);
+    RECT r;
+    GetWindowRect(window, &r);
+    HDC screen = GetDC(nullptr);
+    const COLORREF pixel = GetPixel(screen, r.left + x, r.top + y);
+    ReleaseDC(nullptr, screen);
+    return pixel;
+  }
   // Picks a colour in the standard colour dialog as a user types it (nullopt cancels);
   // what the dialog started from.
   static std::wstring Pick(const Display& d, HWND editor, int row, std::optional<COLORREF> colour) {
     Click(editor, ids::kColorButton + row);
+    return AnswerColorDialog(d, editor, colour);
+  }
+  static std::wstring AnswerColorDialog(const Display& d, HWND editor, std::optional<COLORREF> colour) {
     HWND dialog = OwnedDialog(d, editor);
     if (!dialog) return L"no colour dialog";
     const std::wstring preset = L"(" + ItemText(dialog, 706) + L", " + ItemText(dialog, 707) + L", " + ItemText(dialog, 708) + L")";

@@ -37,6 +37,49 @@ TEST_F(EditorWindow, OpensModalOverItsOwnerAndClosesWithOkCancelEscEnterAndTheCl
     EXPECT_TRUE(d.owner_enabled_after);
     EXPECT_EQ(d.hr, S_OK);
   }
+  // The display closed under the open editor takes the editor with it: Show returns as
+  // after Cancel, the lock goes, and the next Show opens a new editor.
+  Display d;
+  d.shows = 2;
+  bool locked = true;
+  Run(d, [&] {
+    HWND e = Editor(d);
+    ASSERT_TRUE(e);
+    PostMessageW(GetWindow(e, GW_OWNER), WM_CLOSE, 0, 0);
+    WaitForShows(d, 1);
+    locked = std::filesystem::exists(W(Table() + ".lock"));
+    HWND again = Editor(d);
+    ASSERT_TRUE(again);
+    Click(again, ids::kCancel);
+  });
+  EXPECT_EQ(d.results, (std::vector<bool>{false, false}));
+  EXPECT_FALSE(locked);
+}
+
+// The window classes are registered with a process's first editor; the suite's earlier
+// tests have done that, so this runs again in a process of its own (tests/CMakeLists.txt).
+TEST_F(EditorWindow, TwoDisplaysOpenTheFirstEditorsOfTheProcessAtTheSameMoment) {
+  WNDCLASSEXW registered{};
+  registered.cbSize = sizeof registered;
+  if (GetClassInfoExW(GetModuleHandleW(L"TqColorSettingTool.dll"), ids::kEditorClass, &registered))
+    GTEST_SKIP() << "the editor's classes exist already in this process";
+  Display a, b;
+  std::atomic<int> ready{0};
+  for (Display* d : {&a, &b}) {
+    d->enable = false;  // read-only: neither waits for the other's lock
+    d->before_show = [&] {
+      for (++ready; ready < 2;) Sleep(0);
+    };
+  }
+  Run(a, [&] {
+    Run(b, [&] {
+      for (const Display* d : {&a, &b}) {
+        HWND e = Editor(*d);
+        EXPECT_TRUE(e);
+        if (e) Click(e, ids::kCancel);
+      }
+    });
+  });
 }
 
 TEST_F(EditorWindow, APickedColourIsSavedOnOkInItsOwnLineAndSentToTheHost) {
@@ -160,23 +203,34 @@ TEST_F(EditorWindow, ReadOnlyByLevelOrByTheHostShowsItInTitleButtonsAndSchemeLis
     EXPECT_EQ(cancel, c.language == std::wstring(L"DE") ? L"Abbrechen" : L"Cancel");
     EXPECT_EQ(tab, c.language == std::wstring(L"DE") ? L"Zustandsfarben" : L"State Colors");
   }
-  // The same window, opened again editable, takes none of the read-only state along.
+  // The same window, opened again editable, takes none of the read-only state along. A
+  // read-only colour button looks it (its frame differs) and still shows its colour.
   Display d;
   d.enable = false;
   d.enable_later = true;
   d.shows = 2;
   std::vector<std::wstring> seen;
+  std::vector<COLORREF> frames;
   Run(d, [&] {
     for (int i = 0; i < 2; ++i) {
       HWND e = Editor(d);
       ASSERT_TRUE(e);
       seen.push_back(WindowText(e) + L"|" + std::to_wstring(Enabled(e, ids::kColorButton + 19)) +
                      std::to_wstring(Enabled(e, ids::kOk)));
+      HWND button = Item(e, ids::kColorButton + 19);
+      RECT r;
+      GetClientRect(button, &r);
+      frames.push_back(Pixel(button, 0, 0));
+      frames.push_back(Pixel(button, r.right - 1, r.bottom - 1));
+      EXPECT_EQ(RgbText(static_cast<std::int32_t>(Pixel(button, r.right / 2, r.bottom / 2))),
+                Text(e, ids::kRgbLabel + 19));
       Click(e, ids::kCancel);
       WaitForShows(d, i + 1);
     }
   });
   EXPECT_EQ(seen, (std::vector<std::wstring>{L"Color Setting Tool (Read-Only)|00", L"Color Setting Tool|11"}));
+  ASSERT_EQ(frames.size(), 4u);
+  EXPECT_TRUE(frames[0] != frames[2] || frames[1] != frames[3]);
 }
 
 TEST_F(EditorWindow, AnotherEditorsLockOffersReadOnlyAndNoKeepsTheEditorClosed) {
@@ -282,8 +336,11 @@ TEST_F(EditorWindow, TabsFollowTheStripTheHostsNumbersAndTagsAndCtrlTab) {
     EXPECT_EQ(page, c.page);
   }
   // Ctrl+Tab and Ctrl+Shift+Tab as typed: from the State page the next step is the last tab.
+  // Enter on a focused button presses that button: a colour's opens its colour dialog,
+  // Cancel's cancels the pick; neither presses OK.
   Display d;
   std::vector<int> pages;
+  std::wstring picked;
   Run(d, [&] {
     HWND e = Editor(d);
     ASSERT_TRUE(e);
@@ -291,9 +348,20 @@ TEST_F(EditorWindow, TabsFollowTheStripTheHostsNumbersAndTagsAndCtrlTab) {
       Type(e, shift ? std::vector<WORD>{VK_CONTROL, VK_SHIFT, VK_TAB} : std::vector<WORD>{VK_CONTROL, VK_TAB});
       pages.push_back(ShownPage(e));
     }
-    Click(e, ids::kCancel);
+    auto tab_to = [&](auto is_target) {
+      for (int i = 0; i < 20 && !is_target(GetDlgCtrlID(Focus(d))); ++i) Type(e, {VK_TAB});
+      return GetDlgCtrlID(Focus(d));
+    };
+    const int row = tab_to([](int id) { return id >= ids::kColorButton && id < ids::kRgbLabel; }) - ids::kColorButton;
+    Type(e, {VK_RETURN});
+    AnswerColorDialog(d, e, RGB(1, 2, 3));
+    picked = Text(e, ids::kRgbLabel + row);
+    ASSERT_EQ(tab_to([](int id) { return id == ids::kCancel; }), ids::kCancel);
+    Type(e, {VK_RETURN});
   });
   EXPECT_EQ(pages, (std::vector<int>{1, 10, 7, 5}));
+  EXPECT_EQ(picked, L"(1, 2, 3)");
+  EXPECT_EQ(d.results, std::vector<bool>{false});
 }
 
 TEST_F(EditorWindow, BadTablesAStaleOwnerAndNoInitializeOpenTheEditorOrRefuseWithAMessage) {
@@ -387,24 +455,47 @@ std::vector<std::string> LayoutProblems(HWND parent) {
 
 // Run at 96 DPI with the other tests, and again at 144 DPI by its own CTest entry.
 TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
+  using DpiOf = UINT(WINAPI*)(HWND);
+  using SetThreadDpi = HANDLE(WINAPI*)(HANDLE);
+  HMODULE user32 = GetModuleHandleW(L"user32.dll");
+  const auto dpi_of = reinterpret_cast<DpiOf>(reinterpret_cast<void*>(GetProcAddress(user32, "GetDpiForWindow")));
+  const auto set_thread_dpi =
+      reinterpret_cast<SetThreadDpi>(reinterpret_cast<void*>(GetProcAddress(user32, "SetThreadDpiAwarenessContext")));
+  ASSERT_TRUE(dpi_of && set_thread_dpi);
   for (const wchar_t* language : {L"EN", L"DE"}) {
     Display d;
     d.language = language;
     d.pipeline = true;
     d.levels = 12;
+    // The second opening on a DPI-unaware thread, whose windows have 96 DPI.
+    d.shows = 2;
+    d.between_shows = [&] { set_thread_dpi(reinterpret_cast<HANDLE>(-1) /* DPI_AWARENESS_CONTEXT_UNAWARE */); };
     std::vector<std::string> problems;
     int dpi = 0;
+    UINT dpi_again = 0;
     Run(d, [&] {
       HWND e = Editor(d);
       ASSERT_TRUE(e);
       HDC dc = GetDC(e);
       dpi = GetDeviceCaps(dc, LOGPIXELSY);
       ReleaseDC(e, dc);
+      // The focus starts on the tab strip (on the category list its text would show selected).
+      if (Focus(d) != Item(e, ids::kTabStrip)) problems.push_back("the focus is not on the tab strip");
       // The whole editor, OK and Cancel included, is on the screen.
       RECT window, work;
       GetWindowRect(e, &window);
       SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
       if (window.bottom > work.bottom || window.right > work.right) problems.push_back("larger than the screen");
+      // Below the tabs or beside them, the buttons end where Cancel ends, and have widths
+      // of their own, not the scheme list's.
+      auto rect = [&](int id) {
+        RECT r;
+        GetWindowRect(Item(e, id), &r);
+        return r;
+      };
+      if (rect(ids::kDeleteButton).right != rect(ids::kCancel).right) problems.push_back("Delete does not end with Cancel");
+      const RECT ok = rect(ids::kOk), list = rect(ids::kSchemeCombo);
+      if (ok.right - ok.left >= list.right - list.left) problems.push_back("OK is as wide as the scheme list");
       for (int position = 0; position < 10; ++position) {
         ClickTab(e, position);
         const int page = ShownPage(e);
@@ -420,9 +511,16 @@ TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
       }
       Screenshot(e, "editor-layout-" + U8(language) + "-" + std::to_string(dpi));
       Click(e, ids::kCancel);
+      WaitForShows(d, 1);
+      // The window kept hidden is not taken up at another DPI (at 144 DPI this one differs).
+      HWND again = Editor(d);
+      ASSERT_TRUE(again);
+      dpi_again = dpi_of(again);
+      Click(again, ids::kCancel);
     });
     std::printf("layout checked at %d DPI in %ls\n", dpi, language);
     EXPECT_TRUE(problems.empty()) << problems.size() << " problems, first: " << problems.front();
+    EXPECT_EQ(dpi_again, 96u);
   }
 }
 
