@@ -264,8 +264,17 @@ void SaveLines(Platform& platform, const Table& table, const ClutNewLines& new_l
 
 std::string JsonIndexes(const std::vector<int>& indexes) {
   std::string out = "[";
-  for (std::size_t i = 0; i < indexes.size(); ++i) out += (i ? "," : "") + std::to_string(indexes[i]);
+  for (std::size_t i = 0; i < indexes.size(); ++i) {
+    if (i) out += ',';
+    out += std::to_string(indexes[i]);
+  }
   return out + "]";
+}
+
+// Appends an item to a comma-separated list.
+void Append(std::string& list, const std::string& item) {
+  if (!list.empty()) list += ',';
+  list += item;
 }
 
 std::string JsonNumber(double value) {
@@ -365,16 +374,19 @@ std::string VersionText(const CheckResult& result) {
   return ShownVersion(*result.version) + " (not current: tqclut upgrade brings it to " + kClutCurrentVersion + ")";
 }
 
-std::string CheckJson(const Table& table, const CheckResult& result) {
+// A table's findings as JSON; `all_rules` lists every measured pair, else only the
+// findings that need attention (a site-wide check, which would otherwise be huge).
+std::string CheckJson(const Table& table, const CheckResult& result, bool all_rules) {
   std::string rules;
   for (const quality::Finding& f : result.quality) {
+    if (f.pass && !all_rules) continue;
     std::string names;
-    for (const std::string& name : f.names) names += (names.empty() ? "" : ",") + JsonString(name);
-    rules += std::string(rules.empty() ? "" : ",") + "{\"rule\":" + JsonString(f.rule) +
+    for (const std::string& name : f.names) Append(names, JsonString(name));
+    Append(rules, "{\"rule\":" + JsonString(f.rule) +
              ",\"indexes\":" + JsonIndexes(f.indexes) + ",\"names\":[" + names + "],\"measured\":" +
              JsonNumber(f.measured) + ",\"threshold\":" + JsonNumber(f.threshold) +
              ",\"checked\":" + (f.checked ? "true" : "false") + ",\"pass\":" + (f.pass ? "true" : "false") +
-             ",\"aaa\":" + (f.enhanced ? "true" : "false") + ",\"vision\":" + JsonString(f.vision) + "}";
+             ",\"aaa\":" + (f.enhanced ? "true" : "false") + ",\"vision\":" + JsonString(f.vision) + "}");
   }
   return "{\"file\":" + JsonString(table.path) +
          ",\"not_a_colour_table\":" + (table.not_a_table.empty() ? "null" : JsonString(table.not_a_table)) +
@@ -385,41 +397,108 @@ std::string CheckJson(const Table& table, const CheckResult& result) {
          "],\"findings\":" + std::to_string(result.findings) + "}";
 }
 
+// The full report of one table.
+void PrintCheck(std::ostream& out, const Table& table, const CheckResult& result) {
+  out << table.path << "\n";
+  if (!table.not_a_table.empty())
+    out << "  content:     not a colour table: " << table.not_a_table << " (tqclut will not write it)\n";
+  out << "  version:     " << VersionText(result) << "\n";
+  out << "  lines:       " << table.line_count
+      << (result.missing ? " (" + std::to_string(result.missing) + " missing)" : "") << ", line ends "
+      << LineEnds(table.bytes) << "\n";
+  out << "  unreadable:  " << UnreadableText(result) << "\n";
+  out << "  not defined: " << (result.not_defined.empty() ? "none" : "lines " + LineList(result.not_defined)) << "\n";
+  out << "  quality:\n" << quality::FormatReport(result.quality, "    ");
+  out << "  " << (result.findings ? Count(result.findings, "finding", "findings") : std::string("clean")) << "\n";
+}
+
+// One line for a table of a site-wide check: its findings by kind.
+std::string CheckLine(const Table& table, const CheckResult& result) {
+  if (!result.findings) return table.path + ": clean";
+  std::vector<std::string> kinds;
+  if (!table.not_a_table.empty()) kinds.push_back("not a colour table");
+  if (!result.version) kinds.push_back("no version marker");
+  else if (*result.version != kClutCurrentVersion) kinds.push_back("version " + ShownVersion(*result.version));
+  if (result.missing) kinds.push_back(Count(result.missing, "line", "lines") + " missing");
+  if (!result.unreadable.empty()) kinds.push_back(Count(result.unreadable.size(), "unreadable line", "unreadable lines"));
+  const std::size_t failed = std::count_if(result.quality.begin(), result.quality.end(),
+                                           [](const quality::Finding& f) { return !f.pass; });
+  if (failed) kinds.push_back(Count(failed, "quality finding", "quality findings"));
+  std::string text;
+  for (const std::string& kind : kinds) text += (text.empty() ? "" : ", ") + kind;
+  return table.path + ": " + Count(result.findings, "finding", "findings") + " (" + text + ")";
+}
+
+#ifdef _WIN32
+constexpr char kSeparator = '\\';
+#else
+constexpr char kSeparator = '/';
+#endif
+
+// The colour tables (*.clut) of a folder by name, then with `recursive` those of its
+// subfolders, depth first: the same order on every run.
+void CollectTables(Platform& platform, const std::string& folder, bool recursive, std::vector<std::string>& paths) {
+  const std::string base = folder.ends_with('/') || folder.ends_with('\\') ? folder : folder + kSeparator;
+  std::vector<std::string> names = platform.ListFileNames(folder);
+  std::sort(names.begin(), names.end());
+  for (const std::string& name : names)
+    if (IsClutFileName(name, false)) paths.push_back(base + name);
+  if (!recursive) return;
+  std::vector<std::string> folders = platform.ListFolderNames(folder);
+  std::sort(folders.begin(), folders.end());
+  for (const std::string& name : folders) CollectTables(platform, base + name, true, paths);
+}
+
+// Files are checked in full; folders (a site: stations, applications, schemes) give
+// one line per table and a summary. Either way nothing is locked or written.
 int RunCheck(Context& c) {
-  int exit_code = kExitClean;
-  std::string json_files;
-  for (const std::string& path : c.args) {
-    Table table;
-    try {
-      table = ReadTable(c.platform, path, Use::Check);
-    } catch (const Failure& failure) {
-      c.err << kToolName << ": " << failure.message << "\n";
-      exit_code = kExitError;
-      if (c.json())
-        json_files += std::string(json_files.empty() ? "" : ",") + "{\"file\":" + JsonString(path) +
-                      ",\"error\":" + JsonString(failure.message) + "}";
+  std::vector<std::string> paths;
+  bool site = false;
+  for (const std::string& arg : c.args) {
+    if (c.platform.Stat(arg).kind != PathKind::Folder) {
+      paths.push_back(arg);
       continue;
     }
-    const CheckResult result = CheckTable(table);
-    if (result.findings && exit_code == kExitClean) exit_code = kExitFindings;
-    if (c.json()) {
-      json_files += std::string(json_files.empty() ? "" : ",") + CheckJson(table, result);
-      continue;
-    }
-    c.out << path << "\n";
-    if (!table.not_a_table.empty())
-      c.out << "  content:     not a colour table: " << table.not_a_table << " (tqclut will not write it)\n";
-    c.out << "  version:     " << VersionText(result) << "\n";
-    c.out << "  lines:       " << table.line_count
-          << (result.missing ? " (" + std::to_string(result.missing) + " missing)" : "") << ", line ends "
-          << LineEnds(table.bytes) << "\n";
-    c.out << "  unreadable:  " << UnreadableText(result) << "\n";
-    c.out << "  not defined: " << (result.not_defined.empty() ? "none" : "lines " + LineList(result.not_defined)) << "\n";
-    c.out << "  quality:\n" << quality::FormatReport(result.quality, "    ");
-    c.out << "  " << (result.findings ? Count(result.findings, "finding", "findings") : std::string("clean")) << "\n";
+    site = true;
+    CollectTables(c.platform, arg, c.options & kRecursive, paths);
   }
-  if (c.json()) c.out << "[" << json_files << "]\n";
-  return exit_code;
+  if (paths.empty())
+    throw Failure{"no colour table (*.clut) in " + c.args[0] +
+                  (c.args.size() > 1 ? " or the other folders" : "") +
+                  (c.options & kRecursive ? "" : " (--recursive also looks into subfolders)")};
+  std::size_t clean = 0, with_findings = 0, unreadable = 0;
+  std::string json_tables;
+  for (const std::string& path : paths) {
+    std::string json;
+    try {
+      const Table table = ReadTable(c.platform, path, Use::Check);
+      const CheckResult result = CheckTable(table);
+      ++(result.findings ? with_findings : clean);
+      if (c.json())
+        json = CheckJson(table, result, !site);
+      else if (site)
+        c.out << CheckLine(table, result) << "\n";
+      else
+        PrintCheck(c.out, table, result);
+    } catch (const Failure& failure) {
+      ++unreadable;
+      if (c.json())
+        json = "{\"file\":" + JsonString(path) + ",\"error\":" + JsonString(failure.message) + "}";
+      else if (site)
+        c.out << path << ": unreadable: " << failure.message << "\n";
+      else
+        c.err << kToolName << ": " << failure.message << "\n";
+    }
+    Append(json_tables, json);
+  }
+  const std::string tables = Count(paths.size(), "table", "tables");
+  if (c.json())
+    c.out << "{\"tables\":[" << json_tables << "],\"summary\":{\"tables\":" << paths.size() << ",\"clean\":" << clean
+          << ",\"with_findings\":" << with_findings << ",\"unreadable\":" << unreadable << "}}\n";
+  else if (site)
+    c.out << tables << ": " << clean << " clean, " << with_findings << " with findings, " << unreadable
+          << " unreadable\n";
+  return unreadable ? kExitError : with_findings ? kExitFindings : kExitClean;
 }
 
 int RunShow(Context& c) {
@@ -428,9 +507,9 @@ int RunShow(Context& c) {
     std::string colours;
     for (int i = 0; i < kClutIndexCount; ++i) {
       const std::string name = Names().Label(i);
-      colours += std::string(i ? "," : "") + "{\"index\":" + std::to_string(i) +
+      Append(colours, "{\"index\":" + std::to_string(i) +
                  ",\"colour\":" + JsonString(Describe(table.values[i])) +
-                 ",\"name\":" + (name.empty() ? "null" : JsonString(name)) + "}";
+                 ",\"name\":" + (name.empty() ? "null" : JsonString(name)) + "}");
     }
     c.out << "{\"file\":" << JsonString(table.path) << ",\"colours\":[" << colours << "]}\n";
     return kExitClean;
@@ -467,9 +546,9 @@ int RunDiff(Context& c) {
     std::string items;
     for (int i : differ) {
       const std::string name = Names().Label(i);
-      items += std::string(items.empty() ? "" : ",") + "{\"index\":" + std::to_string(i) +
+      Append(items, "{\"index\":" + std::to_string(i) +
                ",\"a\":" + JsonString(Describe(a.values[i])) + ",\"b\":" + JsonString(Describe(b.values[i])) +
-               ",\"name\":" + (name.empty() ? "null" : JsonString(name)) + "}";
+               ",\"name\":" + (name.empty() ? "null" : JsonString(name)) + "}");
     }
     c.out << "{\"a\":" << JsonString(a.path) << ",\"b\":" << JsonString(b.path) << ",\"differences\":[" << items
           << "]}\n";
@@ -665,12 +744,14 @@ int RunUpgrade(Context& c) {
 }
 
 constexpr Command kCommands[] = {
-    {"check", "check [--json] FILE...",
+    {"check", "check [--json] [--recursive] PATH...",
      "Reads each colour table as the editor reads it and reports its version marker, its line count and line ends, "
      "unreadable and not-defined entries with their line numbers, and the colour quality rules (contrast, "
-     "distinguishable groups, also for colour-blind readers). Takes no lock and writes nothing. Exit code 0 when "
-     "clean, 1 on findings, 2 when a file cannot be read.",
-     1, SIZE_MAX, kJson, RunCheck},
+     "distinguishable groups, also for colour-blind readers). A folder stands for its colour tables (*.clut), "
+     "with --recursive (-r) also those of its subfolders: then each table gets one line, followed by a summary. "
+     "Takes no lock and writes nothing. Exit code 0 when every table is clean, 1 on findings, 2 when a table "
+     "cannot be read.",
+     1, SIZE_MAX, kJson | kRecursive, RunCheck},
     {"diff", "diff [--json] A B", "Lists every colour index whose colour differs, with the colour's name, old and new "
      "colour. Exit code 1 when they differ, 2 when either is not a colour table.", 2, 2, kJson, RunDiff},
     {"show", "show [--json] FILE", "Lists every colour index with its colour and name; with swatches on a terminal "
@@ -722,6 +803,8 @@ Arguments ParseArguments(const std::vector<std::string>& args) {
       options_end = true;
     } else if (arg == "--json") {
       parsed.options |= kJson;
+    } else if (arg == "--recursive" || arg == "-r") {
+      parsed.options |= kRecursive;
     } else if (arg == "--help" || arg == "-h") {
       parsed.help = true;
     } else if (arg == "--version") {

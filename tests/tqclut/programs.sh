@@ -44,7 +44,7 @@ cp "$source_dir/data/QLT830_highperformance.clut" "$work/hp.clut"
 cp "$classic" "$work/copy.clut"
 
 expect 0 help --help
-has help "$out" "tqclut check \[--json\] FILE"
+has help "$out" "tqclut check \[--json\] \[--recursive\] PATH"
 expect 0 "-h" -h
 has "-h" "$out" "^usage: tqclut"
 expect 2 "no command"
@@ -61,7 +61,7 @@ has "-- ends the options" "$out" "^-x.clut$"
 expect 0 "check hp" check "$(path "$work/hp.clut")"
 has "check hp" "$out" "443 of 443 checks pass"
 expect 1 "check classic" check --json "$(path "$classic")" "$(path "$work/hp.clut")"
-has "check classic" "$out" '"findings":0}]$'
+has "check classic" "$out" '"findings":0}],"summary":{"tables":2,"clean":1,"with_findings":1,"unreadable":0}}$'
 
 expect 2 "bad colour" set "$(path "$work/copy.clut")" 23 "#GGHHII"
 has "bad colour" "$err" '^tqclut: "#GGHHII" is not a colour'

@@ -274,13 +274,53 @@ TEST_F(Tqclut, CheckReportsJunkTablesLineByLineAndNeverFails) {
     EXPECT_NE(r.out.find(j.expected), std::string::npos) << j.what << ":\n" << r.out;
     const Result json = Run({"check", "--json", file});
     EXPECT_EQ(json.code, kExitFindings) << j.what;
-    EXPECT_EQ(json.out.rfind("[{\"file\":", 0), 0u) << json.out;
+    EXPECT_EQ(json.out.rfind("{\"tables\":[{\"file\":", 0), 0u) << json.out;
     EXPECT_EQ(json.out.find(std::string(1, '\0')), std::string::npos);
   }
   // A file that cannot be read is in the document too, its name valid UTF-8.
   const Result json = Run({"check", "--json", dir_ / "bad\xff.clut"});
   EXPECT_EQ(json.code, kExitError);
   EXPECT_NE(json.out.find("bad\xEF\xBF\xBD.clut\",\"error\":"), std::string::npos) << json.out;
+}
+
+TEST_F(Tqclut, FoldersGiveOneLinePerTableAndASummaryAndTheWorstExitCode) {
+#ifdef _WIN32
+  const std::string sep = "\\";
+#else
+  const std::string sep = "/";
+#endif
+  const std::string root = dir_.path().substr(0, dir_.path().size() - 1);
+  for (const char* folder : {"st1", "st1\\sub", "st1\\x.clut", "st2"}) ASSERT_TRUE(p_.CreateFolder(dir_ / folder));
+  Write("st1\\b.clut", factory_);
+  Write("st1\\a.clut", Source("data/QLT830_highperformance.clut"));
+  Write("st1\\a$clut", factory_);        // reference files and locks are not tables of their own
+  Write("st1\\a.clut.lock", factory_);
+  Write("st1\\sub\\big.clut", std::string(clut_tool::kMaxFileSize + 1, '0'));
+  Write("st2\\empty.CLUT", "");
+  const Result flat = Run({"check", root});
+  EXPECT_EQ(flat.code, kExitError);
+  EXPECT_EQ(flat.err, "tqclut: no colour table (*.clut) in " + root + " (--recursive also looks into subfolders)\n");
+
+  const Result site = Run({"check", "--recursive", root});
+  EXPECT_EQ(site.code, kExitError);  // the worst of clean, findings and unreadable
+  std::vector<std::string> lines;
+  std::istringstream in(site.out);
+  for (std::string line; std::getline(in, line);) lines.push_back(line.substr(0, line.find(": ") + 2));
+  const std::string st1 = root + sep + "st1" + sep;
+  EXPECT_EQ(lines, (std::vector<std::string>{st1 + "a.clut: ", st1 + "b.clut: ", st1 + "sub" + sep + "big.clut: ",
+                                             root + sep + "st2" + sep + "empty.CLUT: ", "4 tables: "})) << site.out;
+  EXPECT_NE(site.out.find("a.clut: clean\n"), std::string::npos);
+  EXPECT_NE(site.out.find("b.clut: 17 findings (17 quality findings)\n"), std::string::npos);
+  EXPECT_NE(site.out.find("big.clut: unreadable: "), std::string::npos);
+  EXPECT_NE(site.out.find(" findings (not a colour table, no version marker, 286 lines missing, "),
+            std::string::npos);
+  EXPECT_NE(site.out.find("\n4 tables: 1 clean, 2 with findings, 1 unreadable\n"), std::string::npos);
+
+  const Result json = Run({"check", root + sep + "st1", "-r", "--json"});
+  EXPECT_EQ(json.code, kExitError);
+  EXPECT_NE(json.out.find("big.clut\",\"error\":"), std::string::npos);
+  EXPECT_NE(json.out.find("],\"summary\":{\"tables\":3,\"clean\":1,\"with_findings\":1,\"unreadable\":1}}\n"),
+            std::string::npos) << json.out;
 }
 
 TEST_F(Tqclut, AWriteIsRefusedNamingTheLocksHolderOrWhyNoLockFileCouldBeMade) {
