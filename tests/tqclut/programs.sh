@@ -59,7 +59,7 @@ cd "$work" && cp "$classic" ./-x.clut
 expect 1 "-- ends the options" check -- -x.clut
 has "-- ends the options" "$out" "^-x.clut$"
 expect 0 "check hp" check "$(path "$work/hp.clut")"
-has "check hp" "$out" "443 of 443 checks pass"
+has "check hp" "$out" " \([0-9]*\) of \1 checks pass$"
 expect 1 "check classic" check --json "$(path "$classic")" "$(path "$work/hp.clut")"
 has "check classic" "$out" '"findings":0}],"summary":{"tables":2,"clean":1,"with_findings":1,"unreadable":0}}$'
 
