@@ -16,6 +16,7 @@
 #include "locking/lock_file_creator.h"
 #include "quality/color_quality.h"
 #include "support/utils.h"
+#include "tqclut/report.h"
 
 #ifndef TQ_VERSION
 #define TQ_VERSION "unknown"
@@ -286,7 +287,7 @@ std::string JsonNumber(double value) {
 // ---- Commands ------------------------------------------------------------------------
 
 // Options a command takes besides --dvhome and --help.
-enum Option : unsigned { kJson = 1, kRecursive = 2 };
+enum Option : unsigned { kJson = 1, kRecursive = 2, kOutput = 4 };
 
 struct Context {
   Platform& platform;
@@ -295,6 +296,7 @@ struct Context {
   std::ostream& err;
   bool swatches;
   unsigned options;  // the Option flags given
+  std::string output;  // -o FILE
   bool json() const { return options & kJson; }
 };
 
@@ -743,6 +745,21 @@ int RunUpgrade(Context& c) {
   return kExitClean;
 }
 
+int RunReport(Context& c) {
+  const Table table = ReadTable(c.platform, c.args[0], Use::Read);
+  const std::string html =
+      ReportHtml(c.args[0], table.values, quality::Check(table.values, [](int index) { return Names().Label(index); }));
+  if (c.output.empty()) {
+    c.out << html;
+    return kExitClean;
+  }
+  RequireRegularFile(c.platform, c.output, true);
+  if (IoStatus status = ReplaceFileContent(c.platform, c.output, html); !status)
+    throw Failure{"cannot write " + c.output + ": " + status.message};
+  c.out << c.output << ": the report of " << c.args[0] << "\n";
+  return kExitClean;
+}
+
 constexpr Command kCommands[] = {
     {"check", "check [--json] [--recursive] PATH...",
      "Reads each colour table as the editor reads it and reports its version marker, its line count and line ends, "
@@ -756,6 +773,11 @@ constexpr Command kCommands[] = {
      "colour. Exit code 1 when they differ, 2 when either is not a colour table.", 2, 2, kJson, RunDiff},
     {"show", "show [--json] FILE", "Lists every colour index with its colour and name; with swatches on a terminal "
      "(not when NO_COLOR is set).", 1, 1, kJson, RunShow},
+    {"report", "report FILE [-o REPORT.html]", "Writes a page for people to look at: every colour as a swatch by "
+     "tab and category with its name, the findings of the quality rules with the colours involved side by side, "
+     "and the status and alarm colours as protanopes, deuteranopes and tritanopes see them next to normal vision. "
+     "One HTML file that needs nothing else (no scripts, no other files); on standard output without -o.",
+     1, 1, kOutput, RunReport},
     {"set", "set FILE INDEX COLOUR", "Sets one colour (COLOUR: #RRGGBB, \"R G B\" or R,G,B), keeping every other "
      "line, comment and line end. Takes the file's lock as the editor does; writes nothing when the colour is "
      "already set.", 3, 5, 0, RunSet},
@@ -787,6 +809,7 @@ struct Arguments {
   unsigned options = 0;
   bool help = false, version = false;
   std::optional<std::string> dvhome;
+  std::string output;
   std::string error;  // the first bad option
 };
 
@@ -809,6 +832,14 @@ Arguments ParseArguments(const std::vector<std::string>& args) {
       parsed.help = true;
     } else if (arg == "--version") {
       parsed.version = true;
+    } else if (arg == "-o" || arg == "--output" || arg.starts_with("--output=")) {
+      parsed.options |= kOutput;
+      if (arg.starts_with("--output="))
+        parsed.output = arg.substr(9);
+      else if (i + 1 < args.size())
+        parsed.output = args[++i];
+      else if (parsed.error.empty())
+        parsed.error = arg + " needs a file";
     } else if (arg == "--dvhome" || arg.starts_with("--dvhome=")) {
       if (arg != "--dvhome")
         parsed.dvhome = arg.substr(9);
@@ -823,7 +854,9 @@ Arguments ParseArguments(const std::vector<std::string>& args) {
   return parsed;
 }
 
-std::string OptionName(unsigned option) { return option == kJson ? "--json" : "--recursive"; }
+std::string OptionName(unsigned option) {
+  return option == kJson ? "--json" : option == kRecursive ? "--recursive" : "-o";
+}
 
 }  // namespace
 
@@ -841,27 +874,14 @@ std::string WhyNotAColourTable(std::string_view bytes) {
   return {};
 }
 
-std::string JsonString(std::string_view text) {
-  std::string out = "\"";
+std::string ValidUtf8(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
   for (std::size_t i = 0; i < text.size();) {
     const unsigned char c = static_cast<unsigned char>(text[i]);
-    if (c < 0x80) {
-      if (c == '"' || c == '\\') {
-        out += '\\';
-        out += static_cast<char>(c);
-      } else if (c < 0x20) {
-        char escape[8];
-        std::snprintf(escape, sizeof escape, "\\u%04x", c);
-        out += escape;
-      } else {
-        out += static_cast<char>(c);
-      }
-      ++i;
-      continue;
-    }
-    // A UTF-8 sequence: its length from the lead byte, the shortest form only, no
-    // surrogates, nothing beyond U+10FFFF.
-    const std::size_t length = c >= 0xC2 && c <= 0xDF ? 2 : c >= 0xE0 && c <= 0xEF ? 3 : c >= 0xF0 && c <= 0xF4 ? 4 : 0;
+    // A sequence's length from its lead byte; 0 for a byte that cannot lead one.
+    const std::size_t length =
+        c < 0x80 ? 1 : c >= 0xC2 && c <= 0xDF ? 2 : c >= 0xE0 && c <= 0xEF ? 3 : c >= 0xF0 && c <= 0xF4 ? 4 : 0;
     bool valid = length != 0 && i + length <= text.size();
     for (std::size_t k = 1; valid && k < length; ++k) valid = (static_cast<unsigned char>(text[i + k]) & 0xC0) == 0x80;
     if (valid && length >= 3) {
@@ -875,6 +895,23 @@ std::string JsonString(std::string_view text) {
     } else {
       out += "\xEF\xBF\xBD";
       ++i;
+    }
+  }
+  return out;
+}
+
+std::string JsonString(std::string_view text) {
+  std::string out = "\"";
+  for (const char c : ValidUtf8(text)) {
+    if (c == '"' || c == '\\') {
+      out += '\\';
+      out += c;
+    } else if (static_cast<unsigned char>(c) < 0x20) {
+      char escape[8];
+      std::snprintf(escape, sizeof escape, "\\u%04x", c);
+      out += escape;
+    } else {
+      out += c;
     }
   }
   return out + "\"";
@@ -960,7 +997,7 @@ int Run(Platform& platform, const std::vector<std::string>& args, std::ostream& 
     }
     environment.set_toolkit_home(*parsed.dvhome);
   }
-  Context context{platform, rest, out, err, environment.terminal && !environment.no_color, parsed.options};
+  Context context{platform, rest, out, err, environment.terminal && !environment.no_color, parsed.options, parsed.output};
   int code;
   try {
     code = command->run(context);

@@ -48,8 +48,11 @@ std::string MessageLine(const std::string& title, const std::string& prompt);
 // write refuse anything else, so that a binary or a stray file is never edited.
 std::string WhyNotAColourTable(std::string_view bytes);
 
-// A JSON string: quotes, backslashes and control characters escaped, and every byte
-// that is not part of valid UTF-8 replaced by U+FFFD, so the document stays valid.
+// Text with every byte that is not part of valid UTF-8 (shortest form, no surrogates,
+// nothing beyond U+10FFFF) replaced by U+FFFD: file names may be any bytes.
+std::string ValidUtf8(std::string_view text);
+
+// A JSON string of ValidUtf8(text): quotes, backslashes and control characters escaped.
 std::string JsonString(std::string_view text);
 
 // The usage text of the whole tool.

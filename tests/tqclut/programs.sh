@@ -82,6 +82,9 @@ for args in "export $(path "$classic") $(path "$work/fifo")" "export $(path "$cl
   has "$args" "$err" "is not a regular file"
 done
 
+expect 0 report report "$(path "$classic")" -o "$(path "$work/report.html")"
+head -n 1 "$work/report.html" | grep -q '^<!DOCTYPE html>' || fail "report: no HTML page in the file given"
+
 expect 0 set set "$(path "$work/copy.clut")" 23 "#808080"
 expect 1 diff diff "$(path "$classic")" "$(path "$work/copy.clut")"
 has diff "$out" "^ 23  #000000     -> #808080      Process Display Background$"
