@@ -25,12 +25,13 @@ demo_prepare() {
 
   # A fresh installation each run, so that no lock or edit of an earlier run gets in
   # the way: the toolkit home with the factory tables (the classic and the
-  # high-performance scheme), and an application and a user folder (the control
+  # two high-performance schemes), and an application and a user folder (the control
   # copies the tables into the application's scheme folder).
   rm -rf "$install"
   mkdir -p "$install/dvhome/etc" "$install/app/ColorSchemes" "$install/user"
   cp "$root/data/QLT830_colors.clut" "$root/data/QLT830_colors\$clut" \
-    "$root/data/QLT830_highperformance.clut" "$root/data/QLT830_highperformance\$clut" "$install/dvhome/etc/"
+    "$root/data/QLT830_highperformance.clut" "$root/data/QLT830_highperformance\$clut" \
+    "$root/data/QLT830_highperformance_light.clut" "$root/data/QLT830_highperformance_light\$clut" "$install/dvhome/etc/"
   app=$(windows "$install/app")
   user=$(windows "$install/user")
 

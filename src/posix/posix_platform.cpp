@@ -212,6 +212,21 @@ std::vector<std::string> PosixPlatform::ListFileNames(const std::string& folder)
   return names;
 }
 
+std::vector<std::string> PosixPlatform::ListFolderNames(const std::string& folder) {
+  std::vector<std::string> names;
+  std::error_code ec;
+  for (const auto& entry : fs::directory_iterator(NativePath(folder), ec))
+    if (entry.is_directory(ec) && !entry.is_symlink(ec)) names.push_back(entry.path().filename().string());
+  return names;
+}
+
+Platform::PathInfo PosixPlatform::Stat(const std::string& path) {
+  struct stat info{};
+  if (::stat(NativePath(path).c_str(), &info) != 0) return {};
+  if (S_ISREG(info.st_mode)) return {PathInfo::Kind::File, static_cast<std::uint64_t>(info.st_size)};
+  return {S_ISDIR(info.st_mode) ? PathInfo::Kind::Folder : PathInfo::Kind::Other, 0};
+}
+
 IoStatus PosixPlatform::ReadFile(const std::string& path, std::string& bytes) {
   if (auto fault = InjectedFault("ReadFile", path)) return *fault;
   const int fd = ::open(NativePath(path).c_str(), O_RDONLY);

@@ -176,11 +176,14 @@ std::int32_t Simulate(std::int32_t colour, Vision vision) {
 // The one table of rules. Text contrast is WCAG AA (4.5:1, AAA 7:1 reported), the
 // non-text contrast of graphical objects 3:1. A difference of 10 CIEDE2000 units is
 // well beyond "just noticeable" (about 1-2), so two colours of different meaning stay
-// apart at a glance on a busy display. The Tagout severities are held to the
-// simulations too: a tag's severity must be readable by every operator, not only by
-// those with normal colour vision.
+// apart at a glance on a busy display. The Tagout severities and the two alarm states
+// are held to the simulations too: they must be readable by every operator, not only
+// by those with normal colour vision. Colours of different meaning may come close
+// where groups do not demand more, but never look the same (1 unit: just noticeable).
 const std::vector<Rule>& Rules() {
   static const std::vector<Rule> rules = {
+      {"text.process_display", "text on the process display background", Measure::Contrast, Pairing::OnBackground,
+       {{30}, {23}}, 4.5, 7.0},
       {"text.alarm_list", "alarm list text on its background", Measure::Contrast, Pairing::OnBackground,
        {{258}, {256}}, 4.5, 7.0},
       {"text.event_list", "event list text on its background", Measure::Contrast, Pairing::OnBackground,
@@ -193,11 +196,26 @@ const std::vector<Rule>& Rules() {
        Pairing::OnBackground, {{282}, {279, 280}}, 4.5, 7.0},
       {"graphic.event_day_break", "event list day break on its background", Measure::Contrast,
        Pairing::OnBackground, {{264}, {262}}, 3.0},
-      {"graphic.abnormal_status", "abnormal-state colours on the process display background", Measure::Contrast,
-       Pairing::OnBackground, {{45, 46, 28, 24, 44, 27, 25, 35, 39, 38, 50, 34, 47, 37, 43}, {23}}, 3.0},
+      // What the Status, Network Topology, State and Pipeline tabs colour, in their row
+      // order; not their backgrounds (48, 49) nor the reserved rows (117-119).
+      {"graphic.process_display", "status, network, state and pipeline colours on the process display background",
+       Measure::Contrast, Pairing::OnBackground,
+       {{38, 42, 41, 43, 39, 35, 46, 45, 47, 34, 28, 27, 25, 24, 50, 37, 44, 32, 110, 111, 112, 113, 114, 115, 116,
+         57, 58, 60, 56, 59, 61, 62, 64, 65, 67, 68, 69, 70, 72, 73, 74, 75, 76, 80, 81, 82, 83, 84, 85, 86, 87, 88,
+         89, 90, 91, 92, 93, 94, 95, 96, 97, 98, 99, 18, 26, 33, 36, 100, 101, 102, 103, 104, 105, 108, 109, 40, 51,
+         52, 53, 54, 63, 71, 77, 78, 79, 106, 107},
+        {23}},
+       3.0},
       {"distinct.status_groups", "alarm, warning, quality, operator action and normal apart from each other",
        Measure::DeltaE2000, Pairing::BetweenGroups,
        {{45, 46, 28, 24}, {44, 27, 25}, {35, 39, 38, 50}, {34, 47, 37, 43}, {32}}, 10.0, 0, true},
+      {"distinct.alarm_acknowledged", "acknowledged alarm apart from unacknowledged alarm", Measure::DeltaE2000,
+       Pairing::Neighbours, {{45, 46}}, 10.0, 0, true},
+      // The status colours by meaning: the alarms, the warnings, each other one alone.
+      {"distinct.status_meanings", "status colours of different meaning not alike", Measure::DeltaE2000,
+       Pairing::BetweenGroups,
+       {{45, 28, 24}, {46}, {48}, {44, 27, 25}, {35}, {39}, {38}, {50}, {34}, {47}, {37}, {43}, {41}, {42}, {49}, {32}},
+       1.0},
       {"distinct.tagout_severities", "each Tagout severity apart from the next", Measure::DeltaE2000,
        Pairing::Neighbours, {{110, 111, 112, 113, 114, 115, 116}}, 10.0, 0, true},
   };

@@ -67,6 +67,16 @@ class Platform {
   virtual IoStatus CreateFolder(const std::string& path) = 0;
   // Names (no folder) of the plain files in a folder; empty when it cannot be listed.
   virtual std::vector<std::string> ListFileNames(const std::string& folder) = 0;
+  // Names of the subfolders of a folder, without links to folders (a walk down the
+  // tree never loops); empty when it cannot be listed.
+  virtual std::vector<std::string> ListFolderNames(const std::string& folder) = 0;
+  // What a path names, without opening it (a FIFO would block an open): nothing, a
+  // regular file (with its size), a folder, or something else (a device, a pipe).
+  struct PathInfo {
+    enum class Kind { None, File, Folder, Other } kind = Kind::None;
+    std::uint64_t size = 0;
+  };
+  virtual PathInfo Stat(const std::string& path) = 0;
   // Whole content; succeeds also while another process holds the file open for writing.
   virtual IoStatus ReadFile(const std::string& path, std::string& bytes) = 0;
   // Creates or truncates the file and writes it; the data is on disk when this returns ok.

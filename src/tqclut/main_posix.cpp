@@ -22,14 +22,13 @@ class ConsolePlatform : public tq::posix::PosixPlatform {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::vector<std::string> args(argv + 1, argv + argc);
+  const std::vector<std::string> args(argv + 1, argv + argc);
   ConsolePlatform platform;
   if (const char* home = std::getenv("DVHOME")) platform.SetToolkitHome(home);
-  if (args.size() >= 2 && args[0] == "--dvhome") {
-    platform.SetToolkitHome(args[1]);
-    args.erase(args.begin(), args.begin() + 2);
-  }
-  tq::clut_tool::Terminal terminal;
-  terminal.swatches = ::isatty(STDOUT_FILENO) != 0;
-  return tq::clut_tool::Run(platform, args, std::cout, std::cerr, terminal);
+  tq::clut_tool::Environment environment;
+  environment.terminal = ::isatty(STDOUT_FILENO) != 0;
+  const char* no_color = std::getenv("NO_COLOR");
+  environment.no_color = no_color && *no_color;
+  environment.set_toolkit_home = [&](const std::string& home) { platform.SetToolkitHome(home); };
+  return tq::clut_tool::Run(platform, args, std::cout, std::cerr, environment);
 }

@@ -38,15 +38,14 @@ int wmain(int argc, wchar_t** argv) {
   std::vector<std::string> args;
   for (int i = 1; i < argc; ++i) args.push_back(tq::win::Narrow(argv[i]));
   ConsolePlatform platform;
-  if (args.size() >= 2 && args[0] == "--dvhome") {
-    platform.toolkit_home = args[1];
-    args.erase(args.begin(), args.begin() + 2);
-  }
-  tq::clut_tool::Terminal terminal;
+  tq::clut_tool::Environment environment;
   DWORD mode = 0;
   const HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
   // Swatches need a console that understands colour escapes.
-  terminal.swatches = GetConsoleMode(console, &mode) &&
-                      SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
-  return tq::clut_tool::Run(platform, args, std::cout, std::cerr, terminal);
+  environment.terminal = GetConsoleMode(console, &mode) &&
+                         SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+  const wchar_t* no_color = _wgetenv(L"NO_COLOR");
+  environment.no_color = no_color && *no_color;
+  environment.set_toolkit_home = [&](const std::string& home) { platform.toolkit_home = home; };
+  return tq::clut_tool::Run(platform, args, std::cout, std::cerr, environment);
 }

@@ -69,6 +69,36 @@ std::vector<std::string> WinPlatform::ListFileNames(const std::string& folder) {
   return names;
 }
 
+std::vector<std::string> WinPlatform::ListFolderNames(const std::string& folder) {
+  std::vector<std::string> names;
+  std::string pattern = folder;
+  if (!pattern.empty() && pattern.back() != '\\') pattern += '\\';
+  WIN32_FIND_DATAW data;
+  UniqueFind find(FindFirstFileW(Widen(pattern + "*").c_str(), &data));
+  if (!find) return names;
+  do {
+    const std::wstring name = data.cFileName;
+    if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && !(data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) &&
+        name != L"." && name != L"..")
+      names.push_back(Narrow(name));
+  } while (FindNextFileW(find.get(), &data));
+  return names;
+}
+
+Platform::PathInfo WinPlatform::Stat(const std::string& path) {
+  // GetFileAttributesEx refuses some devices and pipes and calls others files; the
+  // handle's type tells. An open without access rights reads nothing and does not
+  // wait for the other end of a pipe.
+  UniqueHandle file(CreateFileW(Widen(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  if (!file) return {};
+  BY_HANDLE_FILE_INFORMATION info;
+  if (GetFileType(file.get()) != FILE_TYPE_DISK || !GetFileInformationByHandle(file.get(), &info))
+    return {PathInfo::Kind::Other, 0};
+  if (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) return {PathInfo::Kind::Folder, 0};
+  return {PathInfo::Kind::File, (std::uint64_t{info.nFileSizeHigh} << 32) | info.nFileSizeLow};
+}
+
 IoStatus WinPlatform::ReadFile(const std::string& path, std::string& bytes) {
   bytes.clear();
   if (auto fault = InjectedFault("ReadFile", path)) return *fault;

@@ -20,6 +20,8 @@ class WinPlatform : public Platform {
   bool FolderExists(const std::string& path) override;
   IoStatus CreateFolder(const std::string& path) override;
   std::vector<std::string> ListFileNames(const std::string& folder) override;
+  std::vector<std::string> ListFolderNames(const std::string& folder) override;
+  PathInfo Stat(const std::string& path) override;
   IoStatus ReadFile(const std::string& path, std::string& bytes) override;
   IoStatus WriteNewFile(const std::string& path, std::string_view bytes) override;
   IoStatus MoveReplace(const std::string& source, const std::string& target) override;

@@ -129,15 +129,41 @@ TEST(QualityRules, PairUpAsTheRuleSaysAndSetAsideUnusableColours) {
     EXPECT_FALSE(f.pass) << FormatFinding(f);  // one grey everywhere fails every rule
   }
   EXPECT_EQ(uncheckable, (std::vector<std::string>{"CANNOT CHECK text.alarm_list: 256 c256 is unreadable",
-                                                   "CANNOT CHECK graphic.abnormal_status: 45 c45 is not defined",
-                                                   "CANNOT CHECK distinct.status_groups: 45 c45 is not defined"}));
+                                                   "CANNOT CHECK graphic.process_display: 45 c45 is not defined",
+                                                   "CANNOT CHECK distinct.status_groups: 45 c45 is not defined",
+                                                   "CANNOT CHECK distinct.alarm_acknowledged: 45 c45 is not defined",
+                                                   "CANNOT CHECK distinct.status_meanings: 45 c45 is not defined"}));
   EXPECT_EQ(measured["text.alarm_list"], 0);
   EXPECT_EQ(measured["text.trend_table"], 2);
-  EXPECT_EQ(measured["graphic.abnormal_status"], 14);
+  EXPECT_EQ(measured["graphic.process_display"], 86);
+  EXPECT_EQ(measured["distinct.alarm_acknowledged"], 0);
+  // 20 colours: 190 pairs, 6 of them inside the alarm and warning groups, 17 with 45.
+  EXPECT_EQ(measured["distinct.status_meanings"], 190 - 6 - 17);
   // 16 colours in groups of 4, 3, 4, 4 and 1: 99 pairs across groups, 12 of them with
   // index 45; four visions.
   EXPECT_EQ(measured["distinct.status_groups"], (99 - 12) * 4);
   EXPECT_EQ(measured["distinct.tagout_severities"], 6 * 4);
+}
+
+// Everything the Status, Network Topology, State and Pipeline tabs colour is drawn on
+// the process display background; their backgrounds and reserved rows are not.
+TEST(QualityRules, TheProcessDisplayRuleHoldsWhatTheFourTabsColour) {
+  ColorRowMapArray map;
+  ColorTableArray unused;
+  VoltageLevels levels{std::vector<std::string>(10, "level"), 10};
+  const VoltageRowNames voltage_names = InitColorRowMap(map, unused, levels, /*pipeline_enabled=*/true);
+  std::set<int> drawn;
+  for (int row = 0; row < kRowCount; ++row) {
+    const int page = PlaceOfRow(row).page, index = FindColorRow(map, row);
+    const std::string name = RowName(row, voltage_names);
+    if (index >= 0 && (page == 0 || page == 1 || page == 10 || page == 11) && !name.ends_with(" BG") &&
+        !name.starts_with("Reserved"))
+      drawn.insert(index);
+  }
+  const auto rule = std::find_if(Rules().begin(), Rules().end(), [](const Rule& r) { return r.id == "graphic.process_display"; });
+  ASSERT_NE(rule, Rules().end());
+  EXPECT_EQ(std::set<int>(rule->lists[0].begin(), rule->lists[0].end()), drawn);
+  EXPECT_EQ(rule->lists[1], std::vector<int>{23});
 }
 
 TEST(QualityRules, NamesComeFromTheEditorsRows) {
@@ -166,14 +192,16 @@ TEST(QualityRules, ClassicTableReport) {
   std::cout << "The classic table:\n" << FormatReport(findings, "  ");
 }
 
-TEST(QualityRules, HighPerformanceSchemePassesEveryRule) {
-  EXPECT_EQ(SourceFile("data/QLT830_highperformance.clut"), SourceFile("data/QLT830_highperformance$clut"));
-  const std::vector<Finding> findings = CheckFile("data/QLT830_highperformance.clut");
-  EXPECT_FALSE(findings.empty());
-  for (const Finding& f : findings) {
-    EXPECT_TRUE(f.pass) << FormatFinding(f);
-    if (f.rule.starts_with("text.")) {
-      EXPECT_TRUE(f.enhanced) << FormatFinding(f);
+TEST(QualityRules, HighPerformanceSchemesPassEveryRule) {
+  for (const std::string scheme : {"data/QLT830_highperformance", "data/QLT830_highperformance_light"}) {
+    EXPECT_EQ(SourceFile(scheme + ".clut"), SourceFile(scheme + "$clut"));
+    const std::vector<Finding> findings = CheckFile(scheme + ".clut");
+    EXPECT_FALSE(findings.empty());
+    for (const Finding& f : findings) {
+      EXPECT_TRUE(f.pass) << scheme << ": " << FormatFinding(f);
+      if (f.rule.starts_with("text.")) {
+        EXPECT_TRUE(f.enhanced) << scheme << ": " << FormatFinding(f);
+      }
     }
   }
 }

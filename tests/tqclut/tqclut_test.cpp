@@ -39,9 +39,9 @@ class Tqclut : public ::testing::Test {
     std::string out, err;
   };
 
-  Result Run(const std::vector<std::string>& args) {
+  Result Run(const std::vector<std::string>& args, const clut_tool::Environment& environment = {}) {
     std::ostringstream out, err;
-    const int code = clut_tool::Run(p_, args, out, err);
+    const int code = clut_tool::Run(p_, args, out, err, environment);
     return {code, out.str(), err.str()};
   }
   std::string Read(const std::string& path) {
@@ -68,6 +68,11 @@ TEST_F(Tqclut, ShowCheckSetAndDiffOnTheFactoryTable) {
   EXPECT_EQ(std::count(show.out.begin(), show.out.end(), '\n'), kClutIndexCount);
   EXPECT_NE(show.out.find(" 23  #000000     (  0,   0,   0)  Process Display Background\n"), std::string::npos);
   EXPECT_EQ(show.out.find("\x1b["), std::string::npos);  // no swatches into a pipe
+  clut_tool::Environment terminal;
+  terminal.terminal = true;
+  EXPECT_NE(Run({"show", table}, terminal).out.find("\x1b[48;2;"), std::string::npos);
+  terminal.no_color = true;
+  EXPECT_EQ(Run({"show", table}, terminal).out.find("\x1b["), std::string::npos);
 
   const Result check = Run({"check", table});
   EXPECT_NE(check.out.find("  version:     93.07 (current)\n  lines:       286, line ends CR LF\n"
@@ -92,6 +97,21 @@ TEST_F(Tqclut, ShowCheckSetAndDiffOnTheFactoryTable) {
     EXPECT_EQ(SplitClutLines(Read(copy)).lines[256].substr(0, line.size()), line);
   }
 
+  // Each line keeps its own line end; a colour already set writes nothing.
+  std::string mixed = factory_;
+  for (std::size_t at = 0; (at = mixed.find("\r\n", at)) != std::string::npos; at += 2) mixed.erase(at, 1);
+  mixed.replace(mixed.find("\n"), 1, "\r\n");
+  mixed.replace(mixed.find("\n  0    0    0  # 23"), 1, "\r\n");
+  const std::string lf = Write("lf.clut", mixed);
+  ASSERT_EQ(Run({"set", lf, "23", "#808080"}).code, kExitClean);
+  std::string expected_lf = mixed;
+  expected_lf.replace(expected_lf.find("  0    0    0  # 23"), 15, "128  128  128  ");
+  EXPECT_EQ(Read(lf), expected_lf);
+  const std::string loose = Write("loose.clut", "1 2 3 # Version=93.07\n4 5 6\n");
+  const Result same = Run({"set", loose, "1", "4,5,6"});
+  EXPECT_EQ(same.out, loose + ": 1 ToolTip BG: already #040506; nothing was written\n");
+  EXPECT_EQ(Read(loose), "1 2 3 # Version=93.07\n4 5 6\n");
+
   const Result diff = Run({"diff", table, copy});
   EXPECT_EQ(diff.code, kExitFindings);
   EXPECT_EQ(diff.out,
@@ -114,6 +134,7 @@ TEST_F(Tqclut, ImportAfterExportGivesTheSameColoursAndUpgradeKeepsWhatTheUserSet
   const std::string other = Write("other.clut", JoinClutLines(lines));
   const Result imported = Run({"import", ini, other});
   ASSERT_EQ(imported.code, kExitClean) << imported.err;
+  EXPECT_EQ(imported.out.find(other + ": 126 colours imported from "), 0u) << imported.out;
   const Result diff = Run({"diff", table, other});
   // Only indexes no row of the editor shows keep the copy's colour.
   std::istringstream differences(diff.out);
@@ -130,8 +151,7 @@ TEST_F(Tqclut, ImportAfterExportGivesTheSameColoursAndUpgradeKeepsWhatTheUserSet
   const std::string old = Write("old.clut", JoinClutLines(lines));
   const std::string before = Write("before.clut", JoinClutLines(lines));
   Write("old$clut", factory_);
-  p_.allow_unscripted = true;  // without a toolkit home the upgrade says so, and carries on
-  const Result upgrade = Run({"upgrade", old});
+  const Result upgrade = Run({"upgrade", old});  // without a toolkit home: nothing to say about it
   EXPECT_EQ(upgrade.code, kExitClean) << upgrade.err;
   EXPECT_EQ(upgrade.out, old + ": version 93.05 -> 93.07 (changed colours taken from old$clut)\n");
   EXPECT_NE(Run({"check", old}).out.find("93.07 (current)"), std::string::npos);
@@ -142,11 +162,37 @@ TEST_F(Tqclut, ImportAfterExportGivesTheSameColoursAndUpgradeKeepsWhatTheUserSet
     EXPECT_NE(changes.out.find(line), std::string::npos) << changes.out;
   EXPECT_EQ(changes.out.find(" 17  "), std::string::npos) << changes.out;
   EXPECT_EQ(Run({"upgrade", old}).out, old + ": already version 93.07\n");
+
+  // A short table: the advice given is one that works.
+  const std::string short_table = Write("short.clut", factory_.substr(0, factory_.rfind("\r\n", factory_.find("# 200:")) + 2));
+  const Result refused = Run({"set", short_table, "250", "#010203"});
+  EXPECT_NE(refused.err.find("has only 200 lines, so index 250 is not in it (put its reference file short$clut beside "
+                             "it, then tqclut upgrade completes it)"), std::string::npos) << refused.err;
+  Write("short$clut", factory_);
+  EXPECT_NE(Run({"set", short_table, "250", "#010203"}).err.find("(tqclut upgrade completes it from short$clut)"),
+            std::string::npos);
+  EXPECT_EQ(Run({"upgrade", short_table}).out, short_table + ": 86 missing lines added from short$clut\n");
+  EXPECT_EQ(Run({"set", short_table, "250", "#010203"}).code, kExitClean);
+  EXPECT_EQ(Run({"diff", table, short_table}).out, "250  #BCBCBC     -> #010203      (not shown by the editor)\n1 of 286 colours differ\n");
+
+  // Entries that are no colour the editor shows are named and skipped.
+  const std::string odd = Write("odd.ini", "[Logical Colors]\r\nIndex_23=1 2 3\r\nIndex_259=1 2 3\r\nIndex_300=1 2 3\r\n"
+                                           "Index_24=1,,2\r\nColour=1 2 3\r\n");
+  const Result partly = Run({"import", odd, other});
+  EXPECT_EQ(partly.code, kExitFindings);
+  EXPECT_EQ(partly.out, other + ": 1 colour imported from " + odd + ", 1 colour changed\n");
+  for (const char* key : {": Index_259: the editor shows no colour 259; skipped\n", ": Index_300: there is no colour index 300",
+                          ": Index_24: \"1,,2\" is not a colour; skipped\n", ": Colour: not a colour key"})
+    EXPECT_NE(partly.err.find(key), std::string::npos) << partly.err;
 }
 
 TEST_F(Tqclut, BadInputGivesOneLineAndTheRightExitCodeAndWritesNothing) {
   const std::string table = Write("QLT830_colors.clut", factory_);
   const std::string missing = dir_ / "missing.clut";
+  const std::string empty = Write("empty.clut", ""), binary = Write("binary.clut", std::string("1 2 3\n\0\xff", 8));
+  std::string old_table = factory_;
+  old_table.replace(old_table.find("93.07"), 5, "93.04");
+  const std::string old = Write("old.clut", old_table);  // without its reference file
   const struct {
     std::vector<std::string> args;
     int code;
@@ -158,6 +204,15 @@ TEST_F(Tqclut, BadInputGivesOneLineAndTheRightExitCodeAndWritesNothing) {
       {{"set", table, "23", "#GGHHII"}, kExitError, "\"#GGHHII\" is not a colour"},
       {{"set", table, "23", "256,0,0"}, kExitError, "\"256,0,0\" is not a colour"},
       {{"set", table, "23", "1", "2"}, kExitError, "\"1 2\" is not a colour"},
+      {{"set", table, "23", "1,,2,3"}, kExitError, "\"1,,2,3\" is not a colour"},
+      {{"set", table, "23", "--json", "#000000"}, kExitError, "set takes no option --json; usage: tqclut set FILE"},
+      {{"check", "--jsn", table}, kExitError, "unknown option \"--jsn\"; usage: tqclut check"},
+      {{"set", binary, "1", "#000000"}, kExitError, binary + " is not a colour table: it holds NUL bytes; nothing was"},
+      {{"upgrade", binary}, kExitError, binary + " is not a colour table: it holds NUL bytes"},
+      {{"upgrade", empty}, kExitError, empty + " is not a colour table: it is empty"},
+      {{"upgrade", old}, kExitError, "cannot upgrade " + old + ": its reference file "},
+      {{"diff", empty, binary}, kExitError, empty + " is not a colour table: it is empty"},
+      {{"export", empty, dir_ / "out.ini"}, kExitError, empty + " is not a colour table: it is empty"},
       {{"set", table, "286", "#000000"}, kExitError, "colour index 286 is out of range"},
       {{"set", table, "-1", "#000000"}, kExitError, "colour index -1 is out of range"},
       {{"set", table, "x1", "#000000"}, kExitError, "\"x1\" is not a colour index"},
@@ -181,12 +236,16 @@ TEST_F(Tqclut, BadInputGivesOneLineAndTheRightExitCodeAndWritesNothing) {
     }
   }
   EXPECT_EQ(Read(table), factory_);
-  EXPECT_FALSE(p_.FileExists(table + ".lock"));
-  EXPECT_EQ(p_.ListFileNames(dir_.path()), std::vector<std::string>{"QLT830_colors.clut"});
+  EXPECT_EQ(Read(binary), std::string("1 2 3\n\0\xff", 8));
+  EXPECT_EQ(Read(empty), "");
+  EXPECT_EQ(Read(old), old_table);
+  std::vector<std::string> files = p_.ListFileNames(dir_.path());
+  std::sort(files.begin(), files.end());
+  EXPECT_EQ(files, (std::vector<std::string>{"QLT830_colors.clut", "binary.clut", "empty.clut", "old.clut"}));
 
   const Result help = Run({"set", "--help"});
   EXPECT_EQ(help.code, kExitClean);
-  EXPECT_EQ(help.out.rfind("usage: tqclut set FILE INDEX COLOUR\n", 0), 0u);
+  EXPECT_EQ(help.out.rfind("usage: tqclut [--dvhome FOLDER] set FILE INDEX COLOUR\n", 0), 0u);
 }
 
 TEST_F(Tqclut, CheckReportsJunkTablesLineByLineAndNeverFails) {
@@ -197,14 +256,15 @@ TEST_F(Tqclut, CheckReportsJunkTablesLineByLineAndNeverFails) {
     std::string bytes;
     const char* expected;  // in the report
   } junk[] = {
-      {"empty", "", "lines:       0 (286 missing), line ends none"},
+      {"empty", "", "lines:       0 (286 missing), line ends none\n  unreadable:  lines 1 to 286 (indexes 0 to 285), which are missing"},
       {"NUL bytes", std::string(300, '\0'), "no version marker"},
       {"lone CRs", std::string(400, '\r'), "lines:       1 (285 missing)"},
+      {"CRs only", "0 0 0 # Version=93.07\r1 2 3\r4 5 6\r", "version:     93.07... (not current"},
       {"LF only", long_table, "lines:       5000, line ends LF"},
       {"mixed ends", "0 0 0 # Version=93.07\r\n1 2 3\n-1 -1 -1\r\n", "line ends mixed (2 CR LF, 1 LF)"},
       {"numbers out of range", "70000 0 0 # Version=93.07\n-5 1 1\n1e3 2 2\n", "unreadable:  lines 1 (index 0), 2 (index 1), 3 (index 2)"},
       {"not defined", "0 0 0 # Version=93.07\n-1 -1 -1\n", "not defined: lines 2 (index 1)"},
-      {"old version", "0 0 0 # Version=93.02\n", "93.02 (old: tqclut upgrade brings it to 93.07)"},
+      {"old version", "0 0 0 # Version=93.02\n", "93.02 (not current: tqclut upgrade brings it to 93.07)"},
       {"binary", std::string("\xff\xfe\x00\x01\x80\x81", 6), "unreadable:  lines 1 (index 0)"},
   };
   for (const auto& j : junk) {
@@ -214,12 +274,56 @@ TEST_F(Tqclut, CheckReportsJunkTablesLineByLineAndNeverFails) {
     EXPECT_NE(r.out.find(j.expected), std::string::npos) << j.what << ":\n" << r.out;
     const Result json = Run({"check", "--json", file});
     EXPECT_EQ(json.code, kExitFindings) << j.what;
-    EXPECT_EQ(json.out.rfind("[{\"file\":", 0), 0u) << json.out;
+    EXPECT_EQ(json.out.rfind("{\"tables\":[{\"file\":", 0), 0u) << json.out;
     EXPECT_EQ(json.out.find(std::string(1, '\0')), std::string::npos);
   }
+  // A file that cannot be read is in the document too, its name valid UTF-8.
+  const Result json = Run({"check", "--json", dir_ / "bad\xff.clut"});
+  EXPECT_EQ(json.code, kExitError);
+  EXPECT_NE(json.out.find("bad\xEF\xBF\xBD.clut\",\"error\":"), std::string::npos) << json.out;
 }
 
-TEST_F(Tqclut, AWriteIsRefusedWithTheHoldersNameWhileAnotherProcessHoldsTheLock) {
+TEST_F(Tqclut, FoldersGiveOneLinePerTableAndASummaryAndTheWorstExitCode) {
+#ifdef _WIN32
+  const std::string sep = "\\";
+#else
+  const std::string sep = "/";
+#endif
+  const std::string root = dir_.path().substr(0, dir_.path().size() - 1);
+  for (const char* folder : {"st1", "st1\\sub", "st1\\x.clut", "st2"}) ASSERT_TRUE(p_.CreateFolder(dir_ / folder));
+  Write("st1\\b.clut", factory_);
+  Write("st1\\a.clut", Source("data/QLT830_highperformance.clut"));
+  Write("st1\\a$clut", factory_);        // reference files and locks are not tables of their own
+  Write("st1\\a.clut.lock", factory_);
+  Write("st1\\sub\\big.clut", std::string(clut_tool::kMaxFileSize + 1, '0'));
+  Write("st2\\empty.CLUT", "");
+  const Result flat = Run({"check", root});
+  EXPECT_EQ(flat.code, kExitError);
+  EXPECT_EQ(flat.err, "tqclut: no colour table (*.clut) in " + root + " (--recursive also looks into subfolders)\n");
+
+  const Result site = Run({"check", "--recursive", root});
+  EXPECT_EQ(site.code, kExitError);  // the worst of clean, findings and unreadable
+  std::vector<std::string> lines;
+  std::istringstream in(site.out);
+  for (std::string line; std::getline(in, line);) lines.push_back(line.substr(0, line.find(": ") + 2));
+  const std::string st1 = root + sep + "st1" + sep;
+  EXPECT_EQ(lines, (std::vector<std::string>{st1 + "a.clut: ", st1 + "b.clut: ", st1 + "sub" + sep + "big.clut: ",
+                                             root + sep + "st2" + sep + "empty.CLUT: ", "4 tables: "})) << site.out;
+  EXPECT_NE(site.out.find("a.clut: clean\n"), std::string::npos);
+  EXPECT_NE(site.out.find("b.clut: 47 findings (47 quality findings)\n"), std::string::npos);
+  EXPECT_NE(site.out.find("big.clut: unreadable: "), std::string::npos);
+  EXPECT_NE(site.out.find(" findings (not a colour table, no version marker, 286 lines missing, "),
+            std::string::npos);
+  EXPECT_NE(site.out.find("\n4 tables: 1 clean, 2 with findings, 1 unreadable\n"), std::string::npos);
+
+  const Result json = Run({"check", root + sep + "st1", "-r", "--json"});
+  EXPECT_EQ(json.code, kExitError);
+  EXPECT_NE(json.out.find("big.clut\",\"error\":"), std::string::npos);
+  EXPECT_NE(json.out.find("],\"summary\":{\"tables\":3,\"clean\":1,\"with_findings\":1,\"unreadable\":1}}\n"),
+            std::string::npos) << json.out;
+}
+
+TEST_F(Tqclut, AWriteIsRefusedNamingTheLocksHolderOrWhyNoLockFileCouldBeMade) {
   const std::string table = Write("QLT830_colors.clut", factory_);
 #ifdef _WIN32
   test::HelperProcess holder("hold-lock", {table, "Other Display", "operator7", "20000"});
@@ -262,6 +366,18 @@ TEST_F(Tqclut, AWriteIsRefusedWithTheHoldersNameWhileAnotherProcessHoldsTheLock)
     EXPECT_NE(p_.prompts[0].text.find("operator7"), std::string::npos) << p_.prompts[0].text;
   }
   EXPECT_EQ(Read(table), factory_);
+
+  // No holder: a lock file that cannot be made (a folder the user may not write) says why.
+  const std::string other = Write("other.clut", factory_);
+  p_.prompts.clear();
+  p_.SetFaultHook([&](std::string_view operation, const std::string& path) -> std::optional<IoStatus> {
+    if (operation == "OpenLockFile" && path == other + ".lock") return IoStatus::Fail(5, "Access is denied.");
+    return std::nullopt;
+  });
+  const Result denied = Run({"set", other, "23", "#010203"});
+  EXPECT_EQ(denied.err, "tqclut: cannot create the lock file " + other + ".lock: Access is denied.; nothing was written\n");
+  EXPECT_TRUE(p_.prompts.empty());
+  EXPECT_EQ(Read(other), factory_);
 }
 
 TEST(TqclutMessages, ABoxBecomesOneLine) {

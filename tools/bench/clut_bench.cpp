@@ -4,10 +4,12 @@
 #include <chrono>
 #include <cstdio>
 #include <functional>
+#include <sstream>
 
 #include "colortable/clut_locations.h"
 #include "colortable/color_table.h"
 #include "common/test_platform.h"
+#include "tqclut/tqclut.h"
 
 namespace {
 
@@ -99,5 +101,38 @@ int main() {
   const double second = Micros(9, [&] { again = tq::SyncClutFiles(p, global.path(), app / "ColorSchemes\\"); });
   std::printf("%-34s %10.1f us   (%d files copied)\n", "sync 50 tables, first run", first, copied);
   std::printf("%-34s %10.1f us   (%d files copied)\n", "sync 50 tables, no-copy run", second, again);
+
+  // tqclut check on a site: 20 stations of 5 applications with 10 schemes each, every
+  // table a little different; against the check of one table alone.
+  tq::test::ScratchFolder site;
+  int tables = 0;
+  for (int station = 0; station < 20; ++station) {
+    const std::string station_folder = site / ("station" + std::to_string(station));
+    p.CreateFolder(station_folder);
+    for (int app = 0; app < 5; ++app) {
+      const std::string schemes = station_folder + "\\app" + std::to_string(app);
+      p.CreateFolder(schemes);
+      for (int scheme = 0; scheme < 10; ++scheme, ++tables) {
+        std::string variant = table;
+        const std::string line = tq::FormatClutLine(23, tables * 4099 & 0xFFFFFF);
+        variant.replace(variant.find("\r\n", variant.find("# 22:")) + 2, line.size(), line);
+        p.WriteNewFile(schemes + "\\scheme" + std::to_string(scheme) + ".clut", variant);
+      }
+    }
+  }
+  const std::string one = site / "station0\\app0\\scheme0.clut";
+  const std::string root = site.path().substr(0, site.path().size() - 1);
+  auto check = [&](const std::vector<std::string>& args) {
+    std::ostringstream out, err;
+    tq::clut_tool::Run(p, args, out, err);
+  };
+  const double single = Micros(50, [&] { check({"check", one}); });
+  const double whole = Micros(3, [&] { check({"check", "--recursive", root}); });
+  const double whole_json = Micros(3, [&] { check({"check", "--recursive", "--json", root}); });
+  std::printf("%-34s %10.1f us\n", "tqclut check, one table", single);
+  std::printf("%-34s %10.1f us   %6.2f x one table (%d tables, %.0f ms in all)\n", "tqclut check -r, per table",
+              whole / tables, whole / tables / single, tables, whole / 1000);
+  std::printf("%-34s %10.1f us   %6.2f x one table\n", "tqclut check -r --json, per table", whole_json / tables,
+              whole_json / tables / single);
   return 0;
 }
