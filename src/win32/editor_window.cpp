@@ -218,7 +218,7 @@ void EditorWindow::Build(frmTqColorSetting& session) {
   if (!hwnd_) {
     // The session goes on as if the user had cancelled: the user learns why.
     int buttons = MB_OK;
-    ShowMessage("The editor window cannot be opened.\r\n" + ErrorText(error), buttons, MB_ICONSTOP, session.Caption());
+    ShowMessage(GetString(1333) + "\r\n" + ErrorText(error), buttons, MB_ICONSTOP, session.Caption());
     return;
   }
   InterlockedIncrement(&g_live_windows);
