@@ -11,8 +11,6 @@
 namespace tq::com {
 namespace {
 
-constexpr DISPID kBrowsePressed = 3;
-
 template <auto Member, class Interface>
 IUnknown* AdapterOf(void* self) {
   return static_cast<Interface*>(&(static_cast<ctlTqColorSetting*>(self)->*Member));
@@ -142,7 +140,7 @@ STDMETHODIMP ctlTqColorSetting::Show(BSTR* ClutFile, short* TabNumber, short* Ca
   VARIANT args[] = {Ref(VT_BOOL, EnableChanges), Ref(VT_I2, CategoryNumber), Ref(VT_I2, TabNumber),
                     Ref(VT_BSTR, ClutFile)};
   Variant out;
-  const HRESULT hr = CallFromVtable(0x60030001, args, 4, out.get());
+  const HRESULT hr = CallFromVtable(DISPID_TQ_SHOW, args, 4, out.get());
   *Result = SUCCEEDED(hr) ? out->boolVal : VARIANT_FALSE;
   return hr;
 }
@@ -153,7 +151,7 @@ STDMETHODIMP ctlTqColorSetting::Show2(BSTR* ClutFile, BSTR* TabName, short* Cate
   VARIANT args[] = {Ref(VT_BOOL, EnableChanges), Ref(VT_I2, CategoryNumber), Ref(VT_BSTR, TabName),
                     Ref(VT_BSTR, ClutFile)};
   Variant out;
-  const HRESULT hr = CallFromVtable(0x60030007, args, 4, out.get());
+  const HRESULT hr = CallFromVtable(DISPID_TQ_SHOW2, args, 4, out.get());
   *Result = SUCCEEDED(hr) ? out->boolVal : VARIANT_FALSE;
   return hr;
 }
@@ -161,14 +159,14 @@ STDMETHODIMP ctlTqColorSetting::Show2(BSTR* ClutFile, BSTR* TabName, short* Cate
 STDMETHODIMP ctlTqColorSetting::SetObjectValue(BSTR* key, VARIANT* Value) {
   if (!key || !Value) return E_POINTER;
   VARIANT args[] = {Ref(VT_VARIANT, Value), Ref(VT_BSTR, key)};
-  return CallFromVtable(0x60030003, args, 2, nullptr);
+  return CallFromVtable(DISPID_TQ_SETOBJECTVALUE, args, 2, nullptr);
 }
 
 STDMETHODIMP ctlTqColorSetting::GetObjectValue(BSTR* key, VARIANT* Param, VARIANT* Result) {
   if (!key || !Result) return E_POINTER;
   VariantInit(Result);
   VARIANT args[] = {Ref(VT_VARIANT, Param), Ref(VT_BSTR, key)};
-  return CallFromVtable(0x60030004, args, 2, Result);
+  return CallFromVtable(DISPID_TQ_GETOBJECTVALUE, args, 2, Result);
 }
 
 BrowseAnswer ctlTqColorSetting::FireBrowsePressed(const BrowseRequest& request) {
@@ -198,7 +196,7 @@ BrowseAnswer ctlTqColorSetting::FireBrowsePressed(const BrowseRequest& request) 
     DISPPARAMS params{args, nullptr, 7, 0};
     ExcepInfo exception;
     // A sink that fails is the host's business; the others still hear the event.
-    sink.sink->Invoke(kBrowsePressed, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, nullptr, &exception,
+    sink.sink->Invoke(DISPID_TQ_BROWSEPRESSED, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, nullptr, &exception,
                       nullptr);
   }
   answer.cancel = cancel != VARIANT_FALSE;

@@ -139,10 +139,10 @@ constexpr ParamSpec kGetParams[] = {
 };
 
 const MemberSpec kMembers[] = {
-    {0x60030001, L"Show", kShowParams, &RunShow},
-    {0x60030007, L"Show2", kShow2Params, &RunShow2},
-    {0x60030003, L"SetObjectValue", kSetParams, &RunSetObjectValue},
-    {0x60030004, L"GetObjectValue", kGetParams, &RunGetObjectValue},
+    {DISPID_TQ_SHOW, L"Show", kShowParams, &RunShow},
+    {DISPID_TQ_SHOW2, L"Show2", kShow2Params, &RunShow2},
+    {DISPID_TQ_SETOBJECTVALUE, L"SetObjectValue", kSetParams, &RunSetObjectValue},
+    {DISPID_TQ_GETOBJECTVALUE, L"GetObjectValue", kGetParams, &RunGetObjectValue},
 };
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <clocale>
 #include <cstdio>
+#include <iostream>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -440,9 +441,7 @@ std::uint32_t PosixPlatform::ProcessId() { return static_cast<std::uint32_t>(::g
 std::uint32_t PosixPlatform::SessionId() { return static_cast<std::uint32_t>(::getsid(0)); }
 
 int PosixPlatform::ShowMessage(const std::string& prompt, int& buttons, int style, const std::string& title) {
-  buttons += style;
-  std::fprintf(stderr, "%s%s%s\n", title.c_str(), title.empty() ? "" : ": ", prompt.c_str());
-  return (buttons & 0xF) == kMbYesNo ? kIdNo : kIdOk;
+  return AnswerWithoutUser(std::cerr, "", prompt, buttons, style, title);
 }
 
 std::string PosixPlatform::ModuleFolder() {

@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <string>
@@ -152,6 +153,13 @@ class Platform {
  private:
   FaultHook fault_hook_;
 };
+
+// A message box where nobody can click (a command-line tool): the box as one line on
+// `out`, `prefix` + "title: " + the prompt's lines joined, and every question answered
+// No, so that nothing is overwritten and no lock ignored. Returns as ShowMessage does.
+int AnswerWithoutUser(std::ostream& out, std::string_view prefix, const std::string& prompt, int& buttons, int style,
+                      const std::string& title);
+std::string MessageLine(std::string_view prefix, const std::string& title, const std::string& prompt);
 
 // Holds "IniFileWrite" for a scope, when it could be taken.
 class IniMutexLock {

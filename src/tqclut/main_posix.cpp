@@ -13,9 +13,7 @@ namespace {
 class ConsolePlatform : public tq::posix::PosixPlatform {
  public:
   int ShowMessage(const std::string& prompt, int& buttons, int style, const std::string& title) override {
-    buttons += style;
-    std::cerr << tq::clut_tool::MessageLine(title, prompt) << "\n";
-    return (buttons & 0xF) == tq::kMbYesNo ? tq::kIdNo : tq::kIdOk;
+    return tq::AnswerWithoutUser(std::cerr, "tqclut: ", prompt, buttons, style, title);
   }
 };
 

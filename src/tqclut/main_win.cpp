@@ -19,9 +19,7 @@ class ConsolePlatform : public tq::win::WinPlatform {
   std::string toolkit_home;  // "" = from the registry
 
   int ShowMessage(const std::string& prompt, int& buttons, int style, const std::string& title) override {
-    buttons += style;
-    std::cerr << tq::clut_tool::MessageLine(title, prompt) << "\n";
-    return (buttons & 0xF) == tq::kMbYesNo ? tq::kIdNo : tq::kIdOk;
+    return tq::AnswerWithoutUser(std::cerr, "tqclut: ", prompt, buttons, style, title);
   }
   std::string RegReadString(const std::string& subkey, const std::string& value_name) override {
     if (value_name == "DVHOME" && !toolkit_home.empty()) return toolkit_home;

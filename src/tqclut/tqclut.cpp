@@ -917,17 +917,6 @@ std::string JsonString(std::string_view text) {
   return out + "\"";
 }
 
-std::string MessageLine(const std::string& title, const std::string& prompt) {
-  std::string line = std::string(kToolName) + ": " + (title.empty() ? "" : title + ": ");
-  for (char c : prompt) {
-    if (c == '\r') continue;
-    if (c != '\n') line += c;
-    else if (!line.empty() && line.back() != ' ') line += ' ';
-  }
-  while (!line.empty() && line.back() == ' ') line.pop_back();
-  return line;
-}
-
 std::string Usage() {
   std::string text =
       "usage: tqclut [--dvhome FOLDER] COMMAND ARGUMENTS\n"

@@ -37,11 +37,6 @@ struct Environment {
 int Run(Platform& platform, const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
         const Environment& environment = {});
 
-// A message the core would show in a message box, as one line of standard error:
-// "tqclut: title: the lines of the prompt joined". Nobody is there to answer, so the
-// console platforms answer every question No: nothing is overwritten, no lock ignored.
-std::string MessageLine(const std::string& title, const std::string& prompt);
-
 // Why bytes are not a colour table, "" when they are one. A colour table is text
 // without NUL bytes whose lines end in LF or CR LF and of whose first 286 lines more
 // than half read as colours (three numbers 0-255, or three -1). The commands that

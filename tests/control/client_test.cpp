@@ -163,7 +163,7 @@ TEST_F(LateBound, NamesAndTypeInformation) {
   LPOLESTR names[] = {const_cast<LPOLESTR>(L"show2"), const_cast<LPOLESTR>(L"tabname"), const_cast<LPOLESTR>(L"nosuch")};
   DISPID ids[3];
   EXPECT_EQ(control_->GetIDsOfNames(IID_NULL, names, 3, 0, ids), DISP_E_UNKNOWNNAME);
-  EXPECT_EQ(ids[0], 0x60030007);
+  EXPECT_EQ(ids[0], DISPID_TQ_SHOW2);
   EXPECT_EQ(ids[1], 1);
   EXPECT_EQ(ids[2], DISPID_UNKNOWN);
   ComPtr<ITypeInfo> info;

@@ -381,7 +381,7 @@ TEST_F(Tqclut, AWriteIsRefusedNamingTheLocksHolderOrWhyNoLockFileCouldBeMade) {
 }
 
 TEST(TqclutMessages, ABoxBecomesOneLine) {
-  EXPECT_EQ(clut_tool::MessageLine("Open C:\\a.clut", "C:\\a.clut\r\nis already opened.\r\n\r\nUser: op\r\n"),
+  EXPECT_EQ(MessageLine("tqclut: ", "Open C:\\a.clut", "C:\\a.clut\r\nis already opened.\r\n\r\nUser: op\r\n"),
             "tqclut: Open C:\\a.clut: C:\\a.clut is already opened. User: op");
 }
 
