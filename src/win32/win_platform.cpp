@@ -56,7 +56,11 @@ IoStatus WinPlatform::CreateFolder(const std::string& path) {
   return Check(CreateDirectoryW(Widen(path).c_str(), nullptr));
 }
 
-std::vector<std::string> WinPlatform::ListFileNames(const std::string& folder) {
+namespace {
+
+// The names of a folder's entries that `wanted` takes; none when it cannot be listed.
+template <class Wanted>
+std::vector<std::string> ListNames(const std::string& folder, Wanted wanted) {
   std::vector<std::string> names;
   std::string pattern = folder;
   if (!pattern.empty() && pattern.back() != '\\') pattern += '\\';
@@ -64,25 +68,24 @@ std::vector<std::string> WinPlatform::ListFileNames(const std::string& folder) {
   UniqueFind find(FindFirstFileW(Widen(pattern + "*").c_str(), &data));
   if (!find) return names;
   do {
-    if (!(data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) names.push_back(Narrow(data.cFileName));
+    if (wanted(data)) names.push_back(Narrow(data.cFileName));
   } while (FindNextFileW(find.get(), &data));
   return names;
 }
 
+}  // namespace
+
+std::vector<std::string> WinPlatform::ListFileNames(const std::string& folder) {
+  return ListNames(folder, [](const WIN32_FIND_DATAW& d) { return !(d.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY); });
+}
+
 std::vector<std::string> WinPlatform::ListFolderNames(const std::string& folder) {
-  std::vector<std::string> names;
-  std::string pattern = folder;
-  if (!pattern.empty() && pattern.back() != '\\') pattern += '\\';
-  WIN32_FIND_DATAW data;
-  UniqueFind find(FindFirstFileW(Widen(pattern + "*").c_str(), &data));
-  if (!find) return names;
-  do {
-    const std::wstring name = data.cFileName;
-    if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && !(data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) &&
-        name != L"." && name != L"..")
-      names.push_back(Narrow(name));
-  } while (FindNextFileW(find.get(), &data));
-  return names;
+  // Links to folders are not followed: a loop of links would never end.
+  return ListNames(folder, [](const WIN32_FIND_DATAW& d) {
+    const std::wstring_view name = d.cFileName;
+    return (d.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && !(d.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) &&
+           name != L"." && name != L"..";
+  });
 }
 
 Platform::PathInfo WinPlatform::Stat(const std::string& path) {
