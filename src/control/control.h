@@ -1,7 +1,8 @@
-// ctlTqColorSetting: the control object. It is the COM identity and holds all
-// state; the IDispatch / dual interface is its own, every other interface is an
-// adapter (adapters.h) that calls back into it. The four members run on the
-// thread's editor session (src/editor/session.h).
+// ctlTqColorSetting: the control object. It is the COM identity and holds the state
+// of this one control (its site, sinks and file-dialog object); the IDispatch / dual
+// interface is its own, every other interface is an adapter (adapters.h) that calls
+// back into it. The four members run on the thread's editor session
+// (src/editor/session.h), which all controls of the thread share.
 #pragma once
 
 #include <windows.h>

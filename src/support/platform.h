@@ -8,7 +8,8 @@
 //
 // Conventions: paths and texts are UTF-8, paths use "\" as separator and are
 // built by plain concatenation. File contents are raw bytes, never converted.
-// No member throws: failures come back as IoStatus, empty results or false.
+// Failures of the system come back as IoStatus, empty results or false, never as an
+// exception (only a failed allocation throws).
 #pragma once
 
 #include <cstdint>
