@@ -3,6 +3,8 @@
 // It draws the session's model (pages and rows from the catalogue, colours from the
 // row states, enablement from MakeEnableChanges) and turns clicks and keys into calls
 // on the session. One per thread, like the session. Control ids: editor_ids.h.
+// The members live in editor_window.cpp (life, procedures), editor_layout.cpp,
+// editor_rows.cpp and editor_commands.cpp, which share editor_parts.h.
 #pragma once
 
 #include <windows.h>
@@ -71,8 +73,13 @@ class EditorWindow final : public EditorView {
     bool operator==(const Shape&) const = default;
   };
   void ApplyTopMost();
+  // The procedures of the editor's own classes; each goes through Route.
   static LRESULT CALLBACK WindowProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
   static LRESULT CALLBACK PanelProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
+  static LRESULT CALLBACK FrameProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
+  template <typename Handler>
+  static LRESULT Route(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam, Handler&& handle);
+  static LRESULT ContainerMessage(EditorWindow& self, HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
   static LRESULT CALLBACK MoreButtonProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR id,
                                          DWORD_PTR self);
   void ShowMoreMenu();
@@ -84,6 +91,7 @@ class EditorWindow final : public EditorView {
 
   void CreateControls();
   void Layout();
+  HWND CreateContainer(HWND parent, const wchar_t* window_class, int id, const RECT& pixels);
   void BuildPage(int page);
   void BuildFrame(int page, int frame);
   void AddTool(HWND parent, HWND tool, wchar_t* text);

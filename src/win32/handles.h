@@ -62,8 +62,56 @@ struct RegKeyTraits {
   static void Close(HKEY k) { RegCloseKey(k); }
 };
 
+struct MenuTraits {
+  static HMENU Invalid() { return nullptr; }
+  static bool Valid(HMENU m) { return m != nullptr; }
+  static void Close(HMENU m) { DestroyMenu(m); }
+};
+template <typename T>
+struct GdiObjectTraits {
+  static T Invalid() { return nullptr; }
+  static bool Valid(T o) { return o != nullptr; }
+  static void Close(T o) { DeleteObject(o); }
+};
+
 using UniqueHandle = Unique<HANDLE, KernelHandleTraits>;  // files, mutexes, events, processes
 using UniqueFind = Unique<HANDLE, FindHandleTraits>;
 using UniqueRegKey = Unique<HKEY, RegKeyTraits>;
+using UniqueMenu = Unique<HMENU, MenuTraits>;  // a menu of our own, not one a window holds
+using UniqueFont = Unique<HFONT, GdiObjectTraits<HFONT>>;
+
+// A window's device context (the screen's for no window), released with the window
+// it came from.
+class WindowDC {
+ public:
+  explicit WindowDC(HWND window) : window_(window), dc_(GetDC(window)) {}
+  ~WindowDC() {
+    if (dc_) ReleaseDC(window_, dc_);
+  }
+  WindowDC(const WindowDC&) = delete;
+  WindowDC& operator=(const WindowDC&) = delete;
+
+  HDC get() const { return dc_; }
+
+ private:
+  HWND window_;
+  HDC dc_;
+};
+
+// An object selected into a device context; what was selected before comes back, so
+// the context is returned as it was lent.
+class SelectedObject {
+ public:
+  SelectedObject(HDC dc, HGDIOBJ object) : dc_(dc), old_(SelectObject(dc, object)) {}
+  ~SelectedObject() {
+    if (old_ && old_ != HGDI_ERROR) SelectObject(dc_, old_);
+  }
+  SelectedObject(const SelectedObject&) = delete;
+  SelectedObject& operator=(const SelectedObject&) = delete;
+
+ private:
+  HDC dc_;
+  HGDIOBJ old_;
+};
 
 }  // namespace tq::win
