@@ -38,7 +38,8 @@ std::string InstallationRoot(const std::string& home);
 // its absolute path, a missing one as given.
 void SetClutFileName(Platform& platform, ColorTableState& state, const std::string& value);
 
-void SetColorSchemeFolder(ColorSchemeModule& module, const std::string& folder);  // appends "\"; "" leaves it unchanged
+// Appends "\"; "" leaves the folder unchanged.
+void SetColorSchemeFolder(ColorSchemeModule& module, const std::string& folder);
 std::string GetColorSchemeFolder(const ColorSchemeModule& module);
 
 // The copy of global colour tables (at most 50, prefix "QLT830_") and their reference
@@ -49,11 +50,11 @@ std::string GetColorSchemeFolder(const ColorSchemeModule& module);
 // files copied.
 int SyncClutFiles(Platform& platform, const std::string& global_folder, const std::string& scheme_folder);
 // The same from GetDVHome + "\etc\" into the module's scheme folder.
-int SyncClutFilesFromGlobalToApp(Platform& platform, const ColorSchemeModule& module,
-                                 ColorTableState& state);
+int SyncClutFilesFromGlobalToApp(Platform& platform, const ColorSchemeModule& module, ColorTableState& state);
 
 // AppFolder and UserFolder end with "\".
-void SetIniPaths(Platform& platform, ColorSchemeModule& module, const std::string& app_folder, const std::string& user_folder);
+void SetIniPaths(Platform& platform, ColorSchemeModule& module, const std::string& app_folder,
+                 const std::string& user_folder);
 // Sets the scheme folder, synchronises, sets the INI paths and resolves ClutFileName.
 std::string InitColorSchemes(Platform& platform, ColorSchemeModule& module, ColorTableState& state,
                              const std::string& app_folder, const std::string& user_folder,

@@ -3,9 +3,9 @@
 // One session per thread, created on first use and kept for the thread's life; all
 // controls of the thread share it. It holds the host's context, the change flags,
 // the colour table, the colour scheme module and the lock, and runs Show up to the
-// editor window. It is
-// portable: the COM layer (src/control) converts the host's VARIANTs to the types
-// below and back, and turns a SessionError into the method's error result.
+// editor window. It is portable: the COM layer (src/control) converts the host's
+// VARIANTs to the types below and back, and turns a SessionError into the method's
+// error result.
 #pragma once
 
 #include <array>
