@@ -3,17 +3,9 @@
 #include <algorithm>
 
 #include "support/localization.h"
-#include "support/thread_owned.h"
 #include "support/utils.h"
 
 namespace tq {
-
-ColorSchemeModule& ThisThreadColorSchemes() {
-  thread_local ThreadOwned<ColorSchemeModule> module;
-  return module.Get();
-}
-
-void ResetColorSchemeModule() { ThisThreadColorSchemes() = ColorSchemeModule(); }
 
 std::string ReadDVHome(Platform& platform) { return platform.RegReadString(kDVHomeKey, "DVHOME"); }
 
@@ -43,11 +35,11 @@ void SetClutFileName(Platform& platform, ColorTableState& state, const std::stri
   state.ClutFileName = path;
 }
 
-void SetColorSchemeFolder(const std::string& folder) {
-  if (!folder.empty()) ThisThreadColorSchemes().scheme_folder = folder + "\\";
+void SetColorSchemeFolder(ColorSchemeModule& module, const std::string& folder) {
+  if (!folder.empty()) module.scheme_folder = folder + "\\";
 }
 
-std::string GetColorSchemeFolder() { return ThisThreadColorSchemes().scheme_folder; }
+std::string GetColorSchemeFolder(const ColorSchemeModule& module) { return module.scheme_folder; }
 
 namespace {
 
@@ -103,14 +95,14 @@ int SyncClutFiles(Platform& platform, const std::string& global_folder, const st
   return copied;
 }
 
-int SyncClutFilesFromGlobalToApp(Platform& platform, ColorTableState& state) {
+int SyncClutFilesFromGlobalToApp(Platform& platform, const ColorSchemeModule& module, ColorTableState& state) {
   const std::string home = GetDVHome(platform, state);
   if (home.empty()) return 0;
-  return SyncClutFiles(platform, home + "\\etc\\", GetColorSchemeFolder());
+  return SyncClutFiles(platform, home + "\\etc\\", module.scheme_folder);
 }
 
-void SetIniPaths(Platform& platform, const std::string& app_folder, const std::string& user_folder) {
-  ColorSchemeModule& m = ThisThreadColorSchemes();
+void SetIniPaths(Platform& platform, ColorSchemeModule& m, const std::string& app_folder,
+                 const std::string& user_folder) {
   // Read without GetDVHome: a missing value has already been reported by this start-up.
   const std::string root = InstallationRoot(ReadDVHome(platform));
   m.factory_ini = root.empty() ? std::string() : root + "tq_lib\\defaults\\misc\\default_FrameWindow.ini";
@@ -118,14 +110,15 @@ void SetIniPaths(Platform& platform, const std::string& app_folder, const std::s
   m.user_ini = user_folder + "FrameWindow.ini";
 }
 
-std::string InitColorSchemes(Platform& platform, ColorTableState& state, const std::string& app_folder,
-                             const std::string& user_folder, const std::string& clut_path) {
-  SetColorSchemeFolder(app_folder + "ColorSchemes");
-  SyncClutFilesFromGlobalToApp(platform, state);
-  SetIniPaths(platform, app_folder, user_folder);
+std::string InitColorSchemes(Platform& platform, ColorSchemeModule& module, ColorTableState& state,
+                             const std::string& app_folder, const std::string& user_folder,
+                             const std::string& clut_path) {
+  SetColorSchemeFolder(module, app_folder + "ColorSchemes");
+  SyncClutFilesFromGlobalToApp(platform, module, state);
+  SetIniPaths(platform, module, app_folder, user_folder);
   std::string result = clut_path;
   if (result.empty()) {
-    result = GetIniClutFile(platform, true);
+    result = GetIniClutFile(platform, module, true);
     if (!result.empty() && !platform.FileExists(result)) {
       result = GetDefaultClutFile(platform, state);
       if (!result.empty() && !platform.FileExists(result)) result.clear();
@@ -135,8 +128,7 @@ std::string InitColorSchemes(Platform& platform, ColorTableState& state, const s
   return result;
 }
 
-std::string GetIniClutFile(Platform& platform, bool remember) {
-  ColorSchemeModule& m = ThisThreadColorSchemes();
+std::string GetIniClutFile(Platform& platform, ColorSchemeModule& m, bool remember) {
   std::string taken;
   for (const std::string* ini : {&m.user_ini, &m.app_ini, &m.factory_ini}) {
     if (ini->empty() || !taken.empty()) continue;
@@ -148,24 +140,19 @@ std::string GetIniClutFile(Platform& platform, bool remember) {
   return result;
 }
 
-void SetRememberedClutFile(const std::string& path) {
-  ColorSchemeModule& m = ThisThreadColorSchemes();
-  m.remembered_path = path;
-}
+void SetRememberedClutFile(ColorSchemeModule& module, const std::string& path) { module.remembered_path = path; }
 
-bool SaveIniClutFile(Platform& platform) {
-  ColorSchemeModule& m = ThisThreadColorSchemes();
+bool SaveIniClutFile(Platform& platform, ColorSchemeModule& m) {
   const IniMutexLock lock(platform);
   if (!lock.held()) return false;
-  const std::string current = GetIniClutFile(platform, false);
+  const std::string current = GetIniClutFile(platform, m, false);
   if (EqualsIgnoreCase(platform, current, m.remembered_path) || m.app_ini.empty()) return false;
   platform.IniWrite("COLORSCHEMES", "ClutFile", FileNameOf(m.remembered_path), m.app_ini);
   platform.HostCall(kHostFileNotice, m.app_ini);
   return true;
 }
 
-void LoadColorSchemeList(Platform& platform) {
-  ColorSchemeModule& m = ThisThreadColorSchemes();
+void LoadColorSchemeList(Platform& platform, ColorSchemeModule& m) {
   m.schemes.clear();
   std::vector<std::string> names = platform.ListFileNames(m.scheme_folder);
   SortNames(platform, names);
@@ -175,15 +162,15 @@ void LoadColorSchemeList(Platform& platform) {
   }
 }
 
-const std::vector<std::string>& ColorSchemes() { return ThisThreadColorSchemes().schemes; }
+const std::vector<std::string>& ColorSchemes(const ColorSchemeModule& module) { return module.schemes; }
 
-std::string GetColorSchemeAt(int position) {
-  const auto& schemes = ColorSchemes();
+std::string GetColorSchemeAt(const ColorSchemeModule& module, int position) {
+  const auto& schemes = module.schemes;
   return position >= 0 && position < static_cast<int>(schemes.size()) ? schemes[position] : std::string();
 }
 
-bool FindColorScheme(Platform& platform, const std::string& path, int& position) {
-  const auto& schemes = ColorSchemes();
+bool FindColorScheme(Platform& platform, const ColorSchemeModule& module, const std::string& path, int& position) {
+  const auto& schemes = module.schemes;
   // The same file however the two were spelled (relative parts, separators).
   const std::string wanted = platform.AbsolutePath(path);
   for (std::size_t i = 0; i < schemes.size(); ++i) {
@@ -195,6 +182,8 @@ bool FindColorScheme(Platform& platform, const std::string& path, int& position)
   return false;
 }
 
-bool CanAddColorScheme() { return static_cast<int>(ColorSchemes().size()) < kMaxColorSchemes; }
+bool CanAddColorScheme(const ColorSchemeModule& module) {
+  return static_cast<int>(module.schemes.size()) < kMaxColorSchemes;
+}
 
 }  // namespace tq

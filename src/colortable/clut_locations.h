@@ -2,8 +2,9 @@
 // application's colour scheme folder, FrameWindow.ini and the colour scheme list.
 //
 // The module state (scheme folder, INI paths, remembered colour table, scheme list)
-// is per thread, as all module state of the control: each user-interface thread of
-// a host has its own editor session. ResetColorSchemeModule clears it (tests).
+// is a ColorSchemeModule that the caller owns and hands to the functions below: the
+// editor session owns one (so each user-interface thread has its own), tqclut, the
+// bench and the tests each their own.
 #pragma once
 
 #include <string>
@@ -23,8 +24,6 @@ struct ColorSchemeModule {
   std::string remembered_path;                 // the table chosen, compared on write-back
   std::vector<std::string> schemes;  // full paths, at most kMaxColorSchemes
 };
-ColorSchemeModule& ThisThreadColorSchemes();
-void ResetColorSchemeModule();
 
 // The toolkit home from the registry ("" when missing), without a word to the user.
 std::string ReadDVHome(Platform& platform);
@@ -39,8 +38,9 @@ std::string InstallationRoot(const std::string& home);
 // its absolute path, a missing one as given.
 void SetClutFileName(Platform& platform, ColorTableState& state, const std::string& value);
 
-void SetColorSchemeFolder(const std::string& folder);  // appends "\"; "" leaves it unchanged
-std::string GetColorSchemeFolder();
+// Appends "\"; "" leaves the folder unchanged.
+void SetColorSchemeFolder(ColorSchemeModule& module, const std::string& folder);
+std::string GetColorSchemeFolder(const ColorSchemeModule& module);
 
 // The copy of global colour tables (at most 50, prefix "QLT830_") and their reference
 // files from global_folder into scheme_folder. An application copy is never
@@ -50,29 +50,31 @@ std::string GetColorSchemeFolder();
 // files copied.
 int SyncClutFiles(Platform& platform, const std::string& global_folder, const std::string& scheme_folder);
 // The same from GetDVHome + "\etc\" into the module's scheme folder.
-int SyncClutFilesFromGlobalToApp(Platform& platform, ColorTableState& state);
+int SyncClutFilesFromGlobalToApp(Platform& platform, const ColorSchemeModule& module, ColorTableState& state);
 
 // AppFolder and UserFolder end with "\".
-void SetIniPaths(Platform& platform, const std::string& app_folder, const std::string& user_folder);
+void SetIniPaths(Platform& platform, ColorSchemeModule& module, const std::string& app_folder,
+                 const std::string& user_folder);
 // Sets the scheme folder, synchronises, sets the INI paths and resolves ClutFileName.
-std::string InitColorSchemes(Platform& platform, ColorTableState& state, const std::string& app_folder,
-                             const std::string& user_folder, const std::string& clut_path);
+std::string InitColorSchemes(Platform& platform, ColorSchemeModule& module, ColorTableState& state,
+                             const std::string& app_folder, const std::string& user_folder,
+                             const std::string& clut_path);
 
 // The colour table named by FrameWindow.ini (user, application, factory).
-std::string GetIniClutFile(Platform& platform, bool remember);
+std::string GetIniClutFile(Platform& platform, ColorSchemeModule& module, bool remember);
 // Writes the remembered file's name into the application's FrameWindow.ini under the
 // "IniFileWrite" mutex when the settings name another file. Returns whether it wrote.
-bool SaveIniClutFile(Platform& platform);
+bool SaveIniClutFile(Platform& platform, ColorSchemeModule& module);
 // The colour table the editor settled on (a scheme switch), which SaveIniClutFile records.
-void SetRememberedClutFile(const std::string& path);
+void SetRememberedClutFile(ColorSchemeModule& module, const std::string& path);
 
 // The scheme list: the colour table files of the scheme folder, sorted by name
 // without regard to case before the first 50 are taken (so the list does not depend
 // on the order the file system lists them in).
-void LoadColorSchemeList(Platform& platform);
-const std::vector<std::string>& ColorSchemes();
-std::string GetColorSchemeAt(int position);  // "" outside the list
-bool FindColorScheme(Platform& platform, const std::string& path, int& position);
-bool CanAddColorScheme();
+void LoadColorSchemeList(Platform& platform, ColorSchemeModule& module);
+const std::vector<std::string>& ColorSchemes(const ColorSchemeModule& module);
+std::string GetColorSchemeAt(const ColorSchemeModule& module, int position);  // "" outside the list
+bool FindColorScheme(Platform& platform, const ColorSchemeModule& module, const std::string& path, int& position);
+bool CanAddColorScheme(const ColorSchemeModule& module);
 
 }  // namespace tq

@@ -36,7 +36,8 @@ IoStatus ReplaceFileContent(Platform& platform, const std::string& target, std::
   return status;
 }
 
-bool LoadColorTable(Platform& platform, ColorTableState& state, bool update_rows, LoadReport report) {
+bool LoadColorTable(Platform& platform, const ColorSchemeModule& module, ColorTableState& state, bool update_rows,
+                    LoadReport report) {
   const std::string& path = state.ClutFileName;
   // No line could be read: the rows say so rather than go on showing other colours.
   auto failed = [&] {
@@ -49,7 +50,7 @@ bool LoadColorTable(Platform& platform, ColorTableState& state, bool update_rows
     if (report == LoadReport::ToUser) Tell(platform, GetString(1305) + path);
     return failed();
   }
-  CheckClutVersion(platform, state, false, report);
+  CheckClutVersion(platform, module, state, false, report);
   std::string bytes;
   if (IoStatus status = platform.ReadFile(path, bytes); !status) {
     if (report == LoadReport::ToUser) Tell(platform, GetString(1316) + path + "\r\n" + status.message);
@@ -133,7 +134,8 @@ std::string GetReferenceClutFile(Platform& platform, const std::string& path, bo
   return keep_folder ? full : ReferenceClutPath(path, false);
 }
 
-void CheckClutVersion(Platform& platform, ColorTableState& state, bool require_existing, LoadReport report) {
+void CheckClutVersion(Platform& platform, const ColorSchemeModule& module, ColorTableState& state,
+                      bool require_existing, LoadReport report) {
   const std::string& path = state.ClutFileName;
   if (require_existing && !platform.FileExists(path)) return;
   std::string bytes;
@@ -144,7 +146,8 @@ void CheckClutVersion(Platform& platform, ColorTableState& state, bool require_e
   if (version == kClutCurrentVersion) return;
 
   std::string reference = GetReferenceClutFile(platform, path, true, true);
-  if (reference.empty()) reference = GetReferenceClutFile(platform, GetColorSchemeFolder() + kDefaultClutName, true, true);
+  if (reference.empty())
+    reference = GetReferenceClutFile(platform, GetColorSchemeFolder(module) + kDefaultClutName, true, true);
   if (reference.empty()) {
     if (report == LoadReport::ToUser)
       Tell(platform, GetString(1325) + path + GetString(1326) + version + GetString(1327) + kClutCurrentVersion +

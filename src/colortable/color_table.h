@@ -11,6 +11,10 @@
 
 namespace tq {
 
+// Where the colour tables live (clut_locations.h): the version check falls back on
+// the scheme folder's default reference file.
+struct ColorSchemeModule;
+
 // What a colour row shows: a colour, or one of the two state texts.
 struct RowColour {
   enum class Kind { Colour, Unreadable, NotDefined };
@@ -42,7 +46,8 @@ enum class LoadReport { ToUser, Quiet };
 // CheckClutVersion. Missing file: message 1305, ClutError. A file that cannot be
 // read: message 1316 with the system's reason, ClutError; the rows of a failed load
 // show "Unreadable". Quiet loads set ClutError and show nothing. Returns whether it read.
-bool LoadColorTable(Platform& platform, ColorTableState& state, bool update_rows, LoadReport report);
+bool LoadColorTable(Platform& platform, const ColorSchemeModule& module, ColorTableState& state, bool update_rows,
+                    LoadReport report);
 
 // Writes the rows into ClutFileName: asks when the lock file is missing, merges with
 // the old lines, writes beside the file and replaces it in one step. On any failure
@@ -73,6 +78,7 @@ std::string GetReferenceClutFile(Platform& platform, const std::string& path, bo
 // reference the user is told (1325-1328, not for quiet loads) and the file is only
 // re-marked, so that the warning comes once. An upgraded file is then copied over the
 // same-named file in the toolkit's etc folder when one is there.
-void CheckClutVersion(Platform& platform, ColorTableState& state, bool require_existing, LoadReport report);
+void CheckClutVersion(Platform& platform, const ColorSchemeModule& module, ColorTableState& state,
+                      bool require_existing, LoadReport report);
 
 }  // namespace tq

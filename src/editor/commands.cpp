@@ -65,7 +65,7 @@ bool frmTqColorSetting::IsIndexShown(int index) const {
 
 void frmTqColorSetting::SelectSchemeSilently(int index) {
   filling_ = true;
-  if (!ColorSchemes().empty()) cmbColorSchemes_Click(index);  // only remembered, since filling
+  if (!ColorSchemes(schemes_).empty()) cmbColorSchemes_Click(index);  // only remembered, since filling
   if (view_ && loaded_) view_->SchemesChanged();
   filling_ = false;
 }
@@ -94,7 +94,7 @@ void frmTqColorSetting::cmbColorSchemes_Click(int index) {
 }
 
 void frmTqColorSetting::ApplyScheme(int index, bool reload) {
-  const std::string path = GetColorSchemeAt(index);
+  const std::string path = GetColorSchemeAt(schemes_, index);
   if (path.empty()) {
     ColorsChanged = false;
     return;
@@ -116,7 +116,7 @@ void frmTqColorSetting::ReturnTo(const EditedFile& file) {
   ColorsChanged = file.colors_changed;
   ColorThemeChanged = file.theme_changed;
   int position = -1;
-  SelectSchemeSilently(FindColorScheme(*platform_, file.path, position) ? position : -1);
+  SelectSchemeSilently(FindColorScheme(*platform_, schemes_, file.path, position) ? position : -1);
   MakeEnableChanges(false);
   if (view_ && loaded_) view_->StateChanged();
 }
@@ -134,7 +134,7 @@ void frmTqColorSetting::ApplySchemeFile(const std::string& path, bool reload) {
   MakeEnableChanges(false);
   if (view_ && loaded_) view_->StateChanged();
   if (reload) {
-    LoadColorTable(*platform_, table_, true, LoadReport::ToUser);
+    LoadColorTable(*platform_, schemes_, table_, true, LoadReport::ToUser);
     table_.ClutError = false;  // reported; the rows say "Unreadable" where it matters
     if (view_ && loaded_) view_->RowChanged(-1);
   }
@@ -155,9 +155,9 @@ std::optional<std::string> frmTqColorSetting::AcceptSchemeName(const std::string
   }
   // Our own rule, wider than the listed schemes: any file of that name in the folder,
   // in whatever case, is overwritten only when the user says so.
-  bool exists = platform_->FileExists(GetColorSchemeFolder() + name);
+  bool exists = platform_->FileExists(GetColorSchemeFolder(schemes_) + name);
   for (const std::string& path : paths) exists = exists || EqualsIgnoreCase(*platform_, FileNameOf(path), name);
-  for (const std::string& other : platform_->ListFileNames(GetColorSchemeFolder()))
+  for (const std::string& other : platform_->ListFileNames(GetColorSchemeFolder(schemes_)))
     exists = exists || EqualsIgnoreCase(*platform_, other, name);
   if (exists && Ask(name + GetString(1451), kMbYesNo, kMbIconExclamation) != kIdYes) return std::nullopt;
   return name;
@@ -165,16 +165,16 @@ std::optional<std::string> frmTqColorSetting::AcceptSchemeName(const std::string
 
 void frmTqColorSetting::cmdSave_Click() {
   if (!enablement_.save) return;  // the window disables what may not run; so does the session
-  if (!CanAddColorScheme()) {
+  if (!CanAddColorScheme(schemes_)) {
     Ask(Text(1320), kMbOk, kMbIconExclamation);
     return;
   }
-  SaveSchemeRequest request{FileNameOf(ClutFileName()), scheme_list_index_, AuthorizationLevelTools, ColorSchemes(),
-                            nullptr};
+  SaveSchemeRequest request{FileNameOf(ClutFileName()), scheme_list_index_, AuthorizationLevelTools,
+                            ColorSchemes(schemes_), nullptr};
   request.accept = [this, &request](const std::string& typed) { return AcceptSchemeName(typed, request.scheme_paths); };
   const std::string name = view_ ? view_->AskSchemeName(request) : std::string();
   if (name.empty()) return;
-  const std::string folder = GetColorSchemeFolder();
+  const std::string folder = GetColorSchemeFolder(schemes_);
   const std::string path = platform_->AbsolutePath(folder + name);
   const EditedFile before = Edited();
   const bool switching = !EqualsIgnoreCase(*platform_, path, ClutFileName());
@@ -184,16 +184,16 @@ void frmTqColorSetting::cmdSave_Click() {
     int position = -1;
     // A file that is not a listed scheme is replaced whole (the user agreed): only the
     // lines of a colour table are kept when the colours are written into it.
-    const bool scheme = FindColorScheme(*platform_, path, position);
+    const bool scheme = FindColorScheme(*platform_, schemes_, path, position);
     if (!scheme || !platform_->FileExists(path)) {
       if (IoStatus copied = platform_->CopyFileTo(ClutFileName(), path, true); !copied) {
         Ask(GetString(1312) + path + "\r\n" + copied.message + "\r\n\r\n" + GetString(1313), kMbOk, kMbIconCritical);
         return;
       }
     }
-    LoadColorSchemeList(*platform_);
+    LoadColorSchemeList(*platform_, schemes_);
     // A name the list does not show (not a ".clut" file) is still the file edited now.
-    SelectSchemeSilently(FindColorScheme(*platform_, path, position) ? position : -1);
+    SelectSchemeSilently(FindColorScheme(*platform_, schemes_, path, position) ? position : -1);
     ApplySchemeFile(path, false);
     if (!EqualsIgnoreCase(*platform_, ClutFileName(), path)) return;  // refused: still on the old file
     if (!EnableChanges()) {
@@ -217,7 +217,7 @@ void frmTqColorSetting::cmdSave_Click() {
 
 void frmTqColorSetting::cmdDelete_Click() {
   if (!enablement_.delete_scheme) return;
-  const std::vector<std::string> schemes = ColorSchemes();
+  const std::vector<std::string> schemes = ColorSchemes(schemes_);
   const int index = scheme_list_index_;
   if (index < 0 || index >= static_cast<int>(schemes.size())) return;
   const std::string path = schemes[index];
@@ -230,7 +230,7 @@ void frmTqColorSetting::cmdDelete_Click() {
     // A host that only takes note leaves the file: the user asked for it to go.
     if (platform_->FileExists(path)) platform_->RemoveFile(path);
   }
-  LoadColorSchemeList(*platform_);
+  LoadColorSchemeList(*platform_, schemes_);
   SelectSchemeSilently(next);
   ApplyScheme(next, true);
 }
@@ -248,7 +248,7 @@ void frmTqColorSetting::miRestoreDefaults_Click() {
   // was, rather than "Unreadable" rows that the next save would fill with other colours.
   ColorTableState restored = table_;
   restored.ClutFileName = RestoreDefaultsSource(*platform_, ClutFileName());
-  if (!LoadColorTable(*platform_, restored, true, LoadReport::ToUser)) return;
+  if (!LoadColorTable(*platform_, schemes_, restored, true, LoadReport::ToUser)) return;
   table_.rows = restored.rows;
   table_.ColorIndexValue = restored.ColorIndexValue;
   ColorsChanged = true;

@@ -57,9 +57,9 @@ bool IsSent(int index, std::int32_t value) {
   return state_colour || (index >= 256 && index <= 282);
 }
 
-void Refresh(Platform& platform, ColorTableState& state) {
+void Refresh(Platform& platform, const ColorSchemeModule& module, ColorTableState& state) {
   // The host is waiting for an answer, not for a message box.
-  if (!state.ClutError) LoadColorTable(platform, state, false, LoadReport::Quiet);
+  if (!state.ClutError) LoadColorTable(platform, module, state, false, LoadReport::Quiet);
 }
 
 }  // namespace
@@ -123,18 +123,19 @@ void SendColorValues(HostLink* host, const ColorTableArray& table) {
   if (!expression.empty()) HostCall(host, kHostEvaluateAndNotify, expression);
 }
 
-ColorTableArray GetColorsByIndexTable(Platform& platform, ColorTableState& state) {
-  Refresh(platform, state);
+ColorTableArray GetColorsByIndexTable(Platform& platform, const ColorSchemeModule& module, ColorTableState& state) {
+  Refresh(platform, module, state);
   return state.ColorIndexValue;
 }
 
-std::int32_t GetColorByIndex(Platform& platform, ColorTableState& state, int index) {
-  Refresh(platform, state);
+std::int32_t GetColorByIndex(Platform& platform, const ColorSchemeModule& module, ColorTableState& state,
+                             int index) {
+  Refresh(platform, module, state);
   return index >= 0 && index < kClutIndexCount ? state.ColorIndexValue[index] : 0xC0C0C0;
 }
 
-void SendColorValues(Platform& platform, ColorTableState& state) {
-  if (HostLink* host = platform.Host()) SendColorValues(host, GetColorsByIndexTable(platform, state));
+void SendColorValues(Platform& platform, const ColorSchemeModule& module, ColorTableState& state) {
+  if (HostLink* host = platform.Host()) SendColorValues(host, GetColorsByIndexTable(platform, module, state));
 }
 
 }  // namespace tq

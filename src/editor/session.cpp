@@ -84,7 +84,7 @@ const ReadRule* FindReadRule(const std::string& key) {
       {"AuthorizationLevel", [](S& s, Platform&, std::int16_t) -> V { return s.AuthorizationLevelTools; }},
       {"AuthorizationLevelGeneral", [](S& s, Platform&, std::int16_t) -> V { return s.AuthorizationLevelGeneral; }},
       {"ClutFile", [](S& s, Platform&, std::int16_t) -> V { return s.ClutFileName(); }},
-      {"DefinedClutFile", [](S&, Platform& p, std::int16_t) -> V { return GetIniClutFile(p, false); }},
+      {"DefinedClutFile", [](S& s, Platform&, std::int16_t) -> V { return s.DefinedClutFile(); }},
       {"UseCustomFileDlg", [](S& s, Platform&, std::int16_t) -> V { return s.UseCustomFileDlg; }},
   };
   for (const ReadRule& rule : rules)
@@ -144,8 +144,6 @@ frmTqColorSetting* frmTqColorSetting::FindThisThread() { return t_session.get();
 
 frmTqColorSetting::frmTqColorSetting(Platform& platform) : platform_(&platform) {
   host_application_ = Text(kFirstTextId);  // still empty: no language yet
-  // CheckCanContinueCST fails until the colour-scheme initialisation has run.
-  ThisThreadColorSchemes().scheme_folder.clear();
   GetDVHome();  // only for its message when the toolkit is missing
   ClutFileName("");
 }
@@ -211,7 +209,7 @@ const std::string& frmTqColorSetting::Text(int id) const {
 // ---- Methods ----
 
 bool frmTqColorSetting::CheckCanContinueCST(bool showMessage) {
-  if (!GetColorSchemeFolder().empty()) return true;
+  if (!GetColorSchemeFolder(schemes_).empty()) return true;
   if (showMessage) {
     int buttons = kMbOk;
     platform_->ShowMessage(GetString(1323), buttons, kMbIconCritical, GetString(1301));
@@ -223,23 +221,27 @@ std::string frmTqColorSetting::GetDVHome() { return tq::GetDVHome(*platform_, ta
 
 std::string frmTqColorSetting::GetDefaultClutFile() { return tq::GetDefaultClutFile(*platform_, table_); }
 
-ColorTableArray frmTqColorSetting::GetColorsByIndexTable() { return tq::GetColorsByIndexTable(*platform_, table_); }
-
-std::int32_t frmTqColorSetting::GetColorByIndex(std::int16_t index) {
-  return tq::GetColorByIndex(*platform_, table_, index);
+ColorTableArray frmTqColorSetting::GetColorsByIndexTable() {
+  return tq::GetColorsByIndexTable(*platform_, schemes_, table_);
 }
 
-void frmTqColorSetting::SendColorValues() { tq::SendColorValues(*platform_, table_); }
+std::int32_t frmTqColorSetting::GetColorByIndex(std::int16_t index) {
+  return tq::GetColorByIndex(*platform_, schemes_, table_, index);
+}
+
+void frmTqColorSetting::SendColorValues() { tq::SendColorValues(*platform_, schemes_, table_); }
 
 void frmTqColorSetting::cmbInitializeColorSchemes() {
   LoadForm();  // the scheme list is one of the window's controls
-  LoadColorSchemeList(*platform_);
+  LoadColorSchemeList(*platform_, schemes_);
   int position = -1;
   // A file the list does not hold selects nothing rather than a scheme not edited.
-  SelectSchemeSilently(FindColorScheme(*platform_, ClutFileName(), position) ? position : -1);
+  SelectSchemeSilently(FindColorScheme(*platform_, schemes_, ClutFileName(), position) ? position : -1);
 }
 
-int frmTqColorSetting::SyncClutFilesFromGlobalToApp() { return tq::SyncClutFilesFromGlobalToApp(*platform_, table_); }
+int frmTqColorSetting::SyncClutFilesFromGlobalToApp() {
+  return tq::SyncClutFilesFromGlobalToApp(*platform_, schemes_, table_);
+}
 
 void frmTqColorSetting::LockFileCheck(bool lock) {
   if (lock)
@@ -276,13 +278,15 @@ const EnableDecision& frmTqColorSetting::MakeEnableChanges(bool disableOK) {
 }
 
 std::string frmTqColorSetting::ResolveSessionClutFile(const std::string& requested) {
-  return InitColorSchemes(*platform_, table_, AppFolder, UserFolder, requested);
+  return InitColorSchemes(*platform_, schemes_, table_, AppFolder, UserFolder, requested);
 }
 
 void frmTqColorSetting::RecordDefinedClutFile() {
-  SetRememberedClutFile(ClutFileName());
-  SaveIniClutFile(*platform_);
+  SetRememberedClutFile(schemes_, ClutFileName());
+  SaveIniClutFile(*platform_, schemes_);
 }
+
+std::string frmTqColorSetting::DefinedClutFile() { return GetIniClutFile(*platform_, schemes_, false); }
 
 // ---- What the window's controls do ----
 
@@ -345,7 +349,7 @@ void frmTqColorSetting::LoadForm() {
   LockFileCreated = ColorsChanged = ColorThemeChanged = ColorsSaved = false;
   DlgReturnValue(false);
   enablement_ = EnableDecision();
-  LoadColorTable(*platform_, table_, true, LoadReport::ToUser);
+  LoadColorTable(*platform_, schemes_, table_, true, LoadReport::ToUser);
   if (view_) view_->Load(*this);
 }
 

@@ -2,9 +2,10 @@
 //
 // One session per thread, created on first use and kept for the thread's life; all
 // controls of the thread share it. It holds the host's context, the change flags,
-// the colour table and the lock, and runs Show up to the editor window. It is
-// portable: the COM layer (src/control) converts the host's VARIANTs to the types
-// below and back, and turns a SessionError into the method's error result.
+// the colour table, the colour scheme module and the lock, and runs Show up to the
+// editor window. It is portable: the COM layer (src/control) converts the host's
+// VARIANTs to the types below and back, and turns a SessionError into the method's
+// error result.
 #pragma once
 
 #include <array>
@@ -16,6 +17,7 @@
 #include <variant>
 #include <vector>
 
+#include "colortable/clut_locations.h"
 #include "colortable/color_table.h"
 #include "editor/catalogue.h"
 #include "support/platform.h"
@@ -130,7 +132,7 @@ class EditorView {
   virtual void Close() = 0;
   // The colour of a row changed in the model; -1 for every row.
   virtual void RowChanged(int row) = 0;
-  // The scheme list (ColorSchemes()) or its selection (SchemeListIndex()) changed.
+  // The scheme list (session.Schemes()) or its selection (SchemeListIndex()) changed.
   virtual void SchemesChanged() {}
   // The edited file, the enablement or the title changed.
   virtual void StateChanged() {}
@@ -256,6 +258,8 @@ class frmTqColorSetting {
   std::string ResolveSessionClutFile(const std::string& requested);
   // After OK: the current table becomes the scheme's recorded one (FrameWindow.ini).
   void RecordDefinedClutFile();
+  // The scheme's recorded table (FrameWindow.ini), as the host reads it.
+  std::string DefinedClutFile();
 
   // ---- What the window's controls do ----
   // Puts a colour (kRowColour) or an error state (kRowUnreadable, kRowNotDefined) on a
@@ -288,6 +292,8 @@ class frmTqColorSetting {
 
   // ---- The model the window shows ----
   ColorTableState& Table() { return table_; }
+  // Scheme folder, settings paths and the scheme list.
+  const ColorSchemeModule& Schemes() const { return schemes_; }
   TabSelection& Selection() { return selection_; }
   const VoltageRowNames& VoltageNames() const { return voltage_names_; }
   const EnableDecision& Enablement() const { return enablement_; }
@@ -316,6 +322,7 @@ class frmTqColorSetting {
   Platform* platform_;
   EditorView* view_ = nullptr;
   ColorTableState table_;
+  ColorSchemeModule schemes_;  // empty folder until the colour-scheme initialisation
   std::unique_ptr<clsLockFileCreator> lock_;
   TabSelection selection_{false};
   VoltageRowNames voltage_names_;

@@ -1,4 +1,4 @@
-// Per-thread state (the editor session, the scheme module, the language, the host)
+// Per-thread state (the editor session, the language, the host)
 // without thread_local objects that have destructors: with the MinGW posix thread
 // model such destructors run after the thread's storage has been freed and corrupt
 // the heap when a thread ends. A ThreadOwned<T> is a plain pointer, safe as a

@@ -735,7 +735,9 @@ int RunUpgrade(Context& c) {
   const bool refresh = !global.empty() && platform.FileExists(global);
   ColorTableState state;
   state.ClutFileName = path;
-  CheckClutVersion(platform, state, true, LoadReport::Quiet);
+  // No scheme folder: the file's own reference, required above, is the one taken.
+  const ColorSchemeModule schemes;
+  CheckClutVersion(platform, schemes, state, true, LoadReport::Quiet);
   bool found = false;
   if (GetClutVersion(platform, path, found) != kClutCurrentVersion || !found)
     throw Failure{"cannot upgrade " + name + " (it could not be written); the file is unchanged"};

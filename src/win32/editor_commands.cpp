@@ -173,7 +173,7 @@ void EditorWindow::OnCommand(int id, int code, HWND control) {
 void EditorWindow::FillSchemeList() {
   HWND combo = GetDlgItem(hwnd_, ids::kSchemeCombo);
   SendMessageW(combo, CB_RESETCONTENT, 0, 0);
-  for (const std::string& scheme : ColorSchemes())  // by file name: they share one folder
+  for (const std::string& scheme : ColorSchemes(session_->Schemes()))  // by file name: they share one folder
     SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Widen(FileNameOf(scheme)).c_str()));
   SendMessageW(combo, CB_SETCURSEL, session_->SchemeListIndex(), 0);  // -1: a file the list does not hold
 }

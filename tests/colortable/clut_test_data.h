@@ -24,10 +24,9 @@ inline std::vector<std::string> OwnLines(const std::string& version) {
   return lines;
 }
 
-// A fresh module and a session on the factory table in `folder` (with its reference
-// file and a lock file of `lock_content`), every index shown in the row of its number.
+// A session on the factory table in `folder` (with its reference file and a lock
+// file of `lock_content`), every index shown in the row of its number.
 inline void InstallFactoryTable(const std::string& folder, ColorTableState& state, const std::string& lock_content) {
-  ResetColorSchemeModule();
   state.ClutFileName = folder + "QLT830_colors.clut";
   Write(state.ClutFileName, SourceFile("data/QLT830_colors.clut"));
   Write(folder + "QLT830_colors$clut", SourceFile("data/QLT830_colors$clut"));

@@ -40,13 +40,14 @@ class ColorTableFiles : public ::testing::Test {
   }
   test::ScratchFolder dir;
   test::TestPlatform p;
+  ColorSchemeModule schemes;
   ColorTableState state;
 };
 
 TEST_F(ColorTableFiles, LoadFillsTableAndRowsAndKeepsValuesOfUnreadableLines) {
   Write(state.ClutFileName, "  1    2    3  # 0: x Version=93.07\r\njunk\r\n -1   -1   -1  \n255 255 255");
   state.ColorIndexValue[1] = 42;
-  ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser));
   EXPECT_EQ(state.ColorIndexValue[0], 197121);
   EXPECT_EQ(state.ColorIndexValue[1], 42);
   EXPECT_EQ(state.rows[1].kind, RowColour::Kind::Unreadable);
@@ -64,10 +65,10 @@ TEST_F(ColorTableFiles, FailedLoadsTellTheUserButNeverTheHostsReads) {
     p.answers = {kIdOk, kIdOk};
     state.ClutError = false;
     state.ClutFileName = dir / "none.clut";
-    EXPECT_FALSE(LoadColorTable(p, state, true, report));
+    EXPECT_FALSE(LoadColorTable(p, schemes, state, true, report));
     state.ClutFileName = present;
     p.SetFaultHook(FailNth("ReadFile", 2));  // the version check reads first, then the load
-    EXPECT_FALSE(LoadColorTable(p, state, true, report));
+    EXPECT_FALSE(LoadColorTable(p, schemes, state, true, report));
     p.SetFaultHook(nullptr);
     EXPECT_TRUE(state.ClutError);
     if (report == LoadReport::Quiet) {
@@ -84,7 +85,7 @@ TEST_F(ColorTableFiles, FailedLoadsTellTheUserButNeverTheHostsReads) {
 TEST_F(ColorTableFiles, LoadThenSaveOfTheFactoryFileChangesNoByte) {
   const std::string before = Read(state.ClutFileName) + "free text after the table\r\nno line end";
   Write(state.ClutFileName, before);
-  ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser));
   ASSERT_TRUE(SaveColorTable(p, state));
   EXPECT_EQ(Read(state.ClutFileName), before);
   EXPECT_EQ(p.host_calls, (Calls{{kHostFileNotice, state.ClutFileName}}));
@@ -179,13 +180,13 @@ TEST_F(ColorTableFiles, AnUpgradeIsOneReplaceSoAFailureLeavesTheOldFileOrTheNewO
       Write(state.ClutFileName, old);
       p.SetFaultHook(FailNth(step, n));
       p.allow_unscripted = true;
-      LoadColorTable(p, state, true, LoadReport::Quiet);
+      LoadColorTable(p, schemes, state, true, LoadReport::Quiet);
       p.SetFaultHook(nullptr);
       const std::string now = Read(state.ClutFileName);
       if (upgraded.empty()) upgraded = now;
       EXPECT_TRUE(now == old || now == upgraded);
       // Loading again never moves the extended colours a second time.
-      ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::Quiet));
+      ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::Quiet));
       EXPECT_EQ(Read(state.ClutFileName), upgraded);
     }
   }
@@ -202,8 +203,8 @@ TEST_F(ColorTableFiles, WithoutAReferenceTheUserIsToldOnceAndTheFileOnlyReMarked
   const auto own = test::OwnLines("93.04");
   Write(state.ClutFileName, JoinClutLines(own));
   p.allow_unscripted = true;  // and "DVHOME not found" after each upgrade: this machine has no toolkit
-  ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
-  ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser));
   EXPECT_EQ(p.prompts.size(), 2u);
   EXPECT_EQ(p.prompts[0].text, "It is not possible to update the file " + state.ClutFileName +
                                    " from 93.04 to 93.07 since the reference file does not exist!");
@@ -215,9 +216,9 @@ TEST_F(ColorTableFiles, WithoutAReferenceTheUserIsToldOnceAndTheFileOnlyReMarked
   const std::string other = dir / "QLT830_other.clut";
   Write(other, JoinClutLines(own));
   Write(dir / "QLT830_colors$clut", test::SourceFile("data/QLT830_colors$clut"));
-  SetColorSchemeFolder(dir.path().substr(0, dir.path().size() - 1));
+  SetColorSchemeFolder(schemes, dir.path().substr(0, dir.path().size() - 1));
   state.ClutFileName = other;
-  ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser));
   EXPECT_EQ(SplitClutLines(Read(other)).lines[18], test::FactoryLines()[18]);
 }
 
@@ -273,20 +274,20 @@ TEST_F(Sync, AtMostFiftyTablesAndTheSchemeListSortedIgnoringCase) {
   EXPECT_EQ(SyncClutFiles(p, global.path(), schemes), 50);
   EXPECT_FALSE(p.FileExists(schemes + "QLT830_150.clut"));
 
-  ResetColorSchemeModule();
-  SetColorSchemeFolder(app / "ColorSchemes");
+  ColorSchemeModule module;
+  SetColorSchemeFolder(module, app / "ColorSchemes");
   Write(schemes + "\xc3\x9c" "bersicht.clut", "x");  // Übersicht
-  LoadColorSchemeList(p);
-  EXPECT_FALSE(CanAddColorScheme());
-  EXPECT_EQ(GetColorSchemeAt(49), schemes + "QLT830_149.clut");
-  EXPECT_EQ(GetColorSchemeAt(50), "");
+  LoadColorSchemeList(p, module);
+  EXPECT_FALSE(CanAddColorScheme(module));
+  EXPECT_EQ(GetColorSchemeAt(module, 49), schemes + "QLT830_149.clut");
+  EXPECT_EQ(GetColorSchemeAt(module, 50), "");
   int position = -1;
-  EXPECT_TRUE(FindColorScheme(p, schemes + "qlt830_105.CLUT", position));
+  EXPECT_TRUE(FindColorScheme(p, module, schemes + "qlt830_105.CLUT", position));
   EXPECT_EQ(position, 5);
   for (const char* name : {"QLT830_100.clut", "QLT830_101.clut"}) ASSERT_TRUE(p.RemoveFile(schemes + name));
-  LoadColorSchemeList(p);
-  EXPECT_TRUE(CanAddColorScheme());
-  EXPECT_TRUE(FindColorScheme(p, schemes + "\xc3\xbc" "bersicht.CLUT", position));  // übersicht
+  LoadColorSchemeList(p, module);
+  EXPECT_TRUE(CanAddColorScheme(module));
+  EXPECT_TRUE(FindColorScheme(p, module, schemes + "\xc3\xbc" "bersicht.CLUT", position));  // übersicht
   EXPECT_EQ(position, 48);
 }
 

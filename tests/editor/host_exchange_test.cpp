@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "colortable/clut_locations.h"
 #include "common/test_platform.h"
 
 namespace tq {
@@ -115,6 +116,7 @@ TEST(ColorLists, ExpressionAndSendingWithCallSixThatNotifiesOnSuccessOnly) {
 TEST(HostReads, TableIsReReadUnlessTheFileFailedBefore) {
   test::ScratchFolder dir;
   test::TestPlatform platform;
+  const ColorSchemeModule schemes;
   ColorTableState state;
   state.ClutFileName = dir / "QLT830_colors.clut";
   auto write = [&](std::int32_t first) {
@@ -123,19 +125,19 @@ TEST(HostReads, TableIsReReadUnlessTheFileFailedBefore) {
     ASSERT_TRUE(test::RealPlatform().WriteNewFile(state.ClutFileName, bytes));
   };
   write(0x030201);
-  EXPECT_EQ(GetColorByIndex(platform, state, 0), 0x030201);
-  EXPECT_EQ(GetColorByIndex(platform, state, 285), 0x0000FF);
-  EXPECT_EQ(GetColorByIndex(platform, state, 286), 0xC0C0C0);
-  EXPECT_EQ(GetColorByIndex(platform, state, -1), 0xC0C0C0);
+  EXPECT_EQ(GetColorByIndex(platform, schemes, state, 0), 0x030201);
+  EXPECT_EQ(GetColorByIndex(platform, schemes, state, 285), 0x0000FF);
+  EXPECT_EQ(GetColorByIndex(platform, schemes, state, 286), 0xC0C0C0);
+  EXPECT_EQ(GetColorByIndex(platform, schemes, state, -1), 0xC0C0C0);
   write(0x0A0B0C);
-  EXPECT_EQ(GetColorsByIndexTable(platform, state)[0], 0x0A0B0C);
+  EXPECT_EQ(GetColorsByIndexTable(platform, schemes, state)[0], 0x0A0B0C);
   state.ClutError = true;
   write(0x111111);
-  EXPECT_EQ(GetColorByIndex(platform, state, 0), 0x0A0B0C);
+  EXPECT_EQ(GetColorByIndex(platform, schemes, state, 0), 0x0A0B0C);
 
   ColorTableState missing;  // the host gets grey, the user no message box
   missing.ClutFileName = dir / "none.clut";
-  EXPECT_EQ(GetColorByIndex(platform, missing, 0), 0xC0C0C0);
+  EXPECT_EQ(GetColorByIndex(platform, schemes, missing, 0), 0xC0C0C0);
   EXPECT_TRUE(missing.ClutError);
   EXPECT_TRUE(platform.prompts.empty());
 }

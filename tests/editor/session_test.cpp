@@ -74,7 +74,6 @@ struct ScriptedEditor : EditorView {
 class Session : public ::testing::Test {
  protected:
   void SetUp() override {
-    ResetColorSchemeModule();
     p.dvhome = home.path().substr(0, home.path().size() - 1);
     ASSERT_TRUE(p.CreateFolder(home / "etc"));
     for (std::string name : {"QLT830_colors.clut", "QLT830_colors$clut"})
@@ -392,7 +391,7 @@ TEST_F(Session, SaveAsCopiesRenamesOverwritesOnlyWhenAskedAndRefusesNamesOutside
     EXPECT_EQ(editor.asked.authorization_level, 2);
     EXPECT_EQ(f.ClutFileName(), p.AbsolutePath(folder + "Night.clut"));
     EXPECT_EQ(line35(folder + "Night.clut"), 0x0000FF);
-    EXPECT_EQ(ColorSchemes().size(), 2u);
+    EXPECT_EQ(ColorSchemes(f.Schemes()).size(), 2u);
     EXPECT_EQ(f.SchemeListIndex(), 0);
     EXPECT_TRUE(f.ColorsSaved && !f.ColorsChanged);
     EXPECT_EQ(p.host_calls.back(), (std::pair<int, std::string>{kHostFileNotice, "Night.clut"}));
@@ -489,7 +488,7 @@ TEST_F(Session, DeleteSelectsTheNeighbourRemovesTheFileItselfWhenTheHostDidNotAn
       EXPECT_FALSE(p.FileExists(Scheme(step.deleted)) || p.FileExists(Scheme(step.deleted) + ".lock"));
       EXPECT_EQ(p.host_calls.back(), (std::pair<int, std::string>{kHostFileNotice, f.ClutFileName()}));
       EXPECT_EQ(FileNameOf(f.ClutFileName()), step.then_edited);
-      EXPECT_EQ(FileNameOf(GetColorSchemeAt(f.SchemeListIndex())), step.then_edited);
+      EXPECT_EQ(FileNameOf(GetColorSchemeAt(f.Schemes(), f.SchemeListIndex())), step.then_edited);
     }
     // The factory table (it has a restore copy) cannot be deleted.
     ASSERT_EQ(f.ClutFileName(), colors);
@@ -505,7 +504,7 @@ TEST_F(Session, DeleteSelectsTheNeighbourRemovesTheFileItselfWhenTheHostDidNotAn
   for (const auto& [kind, text] : p.host_calls)
     if (kind == kHostRemoveFile) asked_to_remove.push_back(FileNameOf(text));
   EXPECT_EQ(asked_to_remove, (std::vector<std::string>{"y.clut", "b.clut", "a.clut"}));
-  EXPECT_EQ(ColorSchemes().size(), 2u);
+  EXPECT_EQ(ColorSchemes(s.Schemes()).size(), 2u);
 }
 
 TEST_F(Session, RestoreDefaultsShowsTheReferenceColoursUnsavedAndSurvivesAMissingToolkitOrReference) {

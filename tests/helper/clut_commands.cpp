@@ -33,14 +33,15 @@ int ClutSaveIni(const std::vector<std::string>& args) {
   tq::Platform& platform = tq::test::RealPlatform();
   // Folders come without their trailing "\", which would escape the closing quote.
   const std::string app = args[1] + "\\", schemes = args[2] + "\\";
-  tq::SetIniPaths(platform, app, app);
-  tq::SetColorSchemeFolder(args[2]);
+  tq::ColorSchemeModule module;
+  tq::SetIniPaths(platform, module, app, app);
+  tq::SetColorSchemeFolder(module, args[2]);
   tq::test::SignalReady(args[0]);
   const int count = std::stoi(args[3]);
   int written = 0;
   for (int i = 0; i < count; ++i) {
-    tq::SetRememberedClutFile(schemes + (i % 2 ? "QLT830_b.clut" : "QLT830_a.clut"));
-    written += tq::SaveIniClutFile(platform);
+    tq::SetRememberedClutFile(module, schemes + (i % 2 ? "QLT830_b.clut" : "QLT830_a.clut"));
+    written += tq::SaveIniClutFile(platform, module);
   }
   return written == count ? 0 : 10;
 }

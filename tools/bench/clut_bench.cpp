@@ -63,10 +63,11 @@ int main() {
   const double parse = Micros(rounds, [&] {
     for (const auto& line : tq::SplitClutLines(table, tq::kClutIndexCount).lines) sink = sink + static_cast<std::uint32_t>(tq::ParseClutLine(line));
   });
+  tq::ColorSchemeModule schemes;
   tq::ColorTableState state;
   state.ClutFileName = path;
   for (int i = 0; i < tq::kClutIndexCount; ++i) state.ColorRowMap[i] = static_cast<std::int16_t>(i);
-  const double load = Micros(rounds, [&] { tq::LoadColorTable(p, state, true, tq::LoadReport::Quiet); });
+  const double load = Micros(rounds, [&] { tq::LoadColorTable(p, schemes, state, true, tq::LoadReport::Quiet); });
   int failed = 0;
   const double save = Micros(rounds, [&] { failed += !tq::SaveColorTable(p, state); });
 
@@ -74,11 +75,11 @@ int main() {
   std::string old = table;
   old.replace(old.find("93.07"), 5, "93.01");
   for (int i = 0; i < rounds; ++i) p.WriteNewFile(dir / ("QLT830_old" + std::to_string(i) + ".clut"), old);
-  tq::SetColorSchemeFolder(dir.path().substr(0, dir.path().size() - 1));
+  tq::SetColorSchemeFolder(schemes, dir.path().substr(0, dir.path().size() - 1));
   int next = 0;
   const double upgrade = Micros(rounds, [&] {
     state.ClutFileName = dir / ("QLT830_old" + std::to_string(next++) + ".clut");
-    tq::CheckClutVersion(p, state, false, tq::LoadReport::Quiet);
+    tq::CheckClutVersion(p, schemes, state, false, tq::LoadReport::Quiet);
   });
 
   std::printf("colour table of %zu bytes, median of %d runs, %d failed operations\n", table.size(), rounds, failed);

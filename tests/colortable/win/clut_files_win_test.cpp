@@ -23,10 +23,10 @@ class ClutWin : public ::testing::Test {
     test::InstallFactoryTable(dir.path(), state, "");
     state.rows.fill({RowColour::Kind::Colour, 0x102030});
     p.CreateFolder(app / "ColorSchemes");
-    SetColorSchemeFolder(app / "ColorSchemes");
+    SetColorSchemeFolder(module, app / "ColorSchemes");
     for (const char* name : {"QLT830_a.clut", "QLT830_b.clut", "QLT830_colors.clut"})
       WriteBytes(schemes() + name, test::SourceFile("data/QLT830_colors.clut"));
-    SetIniPaths(p, app.path(), user.path());
+    SetIniPaths(p, module, app.path(), user.path());
   }
   std::string schemes() const { return app / "ColorSchemes\\"; }
   void Ini(const std::string& file, const std::string& value) {
@@ -47,6 +47,7 @@ class ClutWin : public ::testing::Test {
   }
   test::TempFolder dir, app, user;
   test::TestPlatform p;
+  ColorSchemeModule module;
   ColorTableState state;
 };
 
@@ -75,7 +76,7 @@ TEST_F(ClutWin, LoadUpgradesTheFileAndCopiesItOverTheToolkitsCopy) {
   WriteBytes(home / "etc\\QLT830_colors.clut", "old global copy");
   const auto value = test::RegistryValue::DVHome(home.path().substr(0, home.path().size() - 1));
   WriteBytes(state.ClutFileName, JoinClutLines(test::OwnLines("93.02")));
-  ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser));
   // The lines of the upgrade itself are the portable tests'.
   const std::string upgraded = ReadBytes(state.ClutFileName);
   EXPECT_NE(upgraded, JoinClutLines(test::OwnLines("93.02")));
@@ -83,7 +84,7 @@ TEST_F(ClutWin, LoadUpgradesTheFileAndCopiesItOverTheToolkitsCopy) {
   EXPECT_EQ(state.ColorIndexValue[256], 120 + 7 * 256 + 9 * 65536);
   // Loaded again: "93.07" now, nothing is rewritten.
   WriteBytes(home / "etc\\QLT830_colors.clut", "untouched");
-  ASSERT_TRUE(LoadColorTable(p, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser));
   EXPECT_EQ(ReadBytes(home / "etc\\QLT830_colors.clut"), "untouched");
   EXPECT_TRUE(p.prompts.empty());
 }
@@ -96,16 +97,16 @@ TEST_F(ClutWin, UserOverApplicationOverDefaultMissingFilesSkippedAndWriteBackOnl
       {app_ini, "QLT830_gone.clut", "QLT830_colors.clut"}, {app_ini, "QLT830_a.clut", "QLT830_a.clut"}};
   for (const auto& step : steps) {
     if (!step.file.empty()) Ini(step.file, step.value);
-    EXPECT_EQ(GetIniClutFile(p, true), schemes() + step.expected) << step.file << " " << step.value;
+    EXPECT_EQ(GetIniClutFile(p, module, true), schemes() + step.expected) << step.file << " " << step.value;
   }
   p.RemoveFile(user_ini);
   const std::string before = ReadBytes(app_ini);
-  SetRememberedClutFile(schemes() + "qlt830_A.CLUT");  // a change of case alone writes nothing
-  EXPECT_FALSE(SaveIniClutFile(p));
+  SetRememberedClutFile(module, schemes() + "qlt830_A.CLUT");  // a change of case alone writes nothing
+  EXPECT_FALSE(SaveIniClutFile(p, module));
   EXPECT_EQ(ReadBytes(app_ini), before);
-  SetRememberedClutFile(schemes() + "QLT830_b.clut");
-  EXPECT_TRUE(SaveIniClutFile(p));
-  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");
+  SetRememberedClutFile(module, schemes() + "QLT830_b.clut");
+  EXPECT_TRUE(SaveIniClutFile(p, module));
+  EXPECT_EQ(GetIniClutFile(p, module, false), schemes() + "QLT830_b.clut");
   EXPECT_EQ(p.host_calls, (std::vector<std::pair<int, std::string>>{{kHostFileNotice, app_ini}}));
 }
 
@@ -116,16 +117,16 @@ TEST_F(ClutWin, FactorySettingsComeLastFromTheInstallationRoot) {
   WriteBytes(misc + "default_FrameWindow.ini", "[COLORSCHEMES]\r\nClutFile=QLT830_b.clut\r\n");
   {
     const auto value = test::RegistryValue::DVHome(root + "dataviews");
-    SetIniPaths(p, app.path(), user.path());
-    EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");
+    SetIniPaths(p, module, app.path(), user.path());
+    EXPECT_EQ(GetIniClutFile(p, module, false), schemes() + "QLT830_b.clut");
     Ini(app / "FrameWindow.ini", "QLT830_a.clut");
-    EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_a.clut");
+    EXPECT_EQ(GetIniClutFile(p, module, false), schemes() + "QLT830_a.clut");
   }
   {
     const auto value = test::RegistryValue::DVHome("D:\\dataviews\\sc\\");  // not the installation pattern
-    SetIniPaths(p, app.path(), user.path());
+    SetIniPaths(p, module, app.path(), user.path());
     p.RemoveFile(app / "FrameWindow.ini");
-    EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_colors.clut");
+    EXPECT_EQ(GetIniClutFile(p, module, false), schemes() + "QLT830_colors.clut");
   }
   test::RemoveTree(root + "tq_lib\\");
 }
@@ -141,7 +142,7 @@ TEST_F(ClutWin, TwoProcessesWritingAtOnceLoseNoUpdate) {
   ASSERT_TRUE(other.ready());
   EXPECT_EQ(saver.Wait(120000), 0);
   EXPECT_EQ(other.Wait(120000), 0);
-  EXPECT_EQ(GetIniClutFile(p, false), schemes() + "QLT830_b.clut");  // the saver's last choice
+  EXPECT_EQ(GetIniClutFile(p, module, false), schemes() + "QLT830_b.clut");  // the saver's last choice
   for (int i = 0; i < 60; ++i) EXPECT_EQ(p.IniRead("Other", "Key" + std::to_string(i), ini), std::to_string(i)) << i;
 }
 
@@ -152,11 +153,11 @@ TEST_F(ClutWin, InitColorSchemesSynchronisesAndResolvesTheTable) {
   const auto value = test::RegistryValue::DVHome(home.path().substr(0, home.path().size() - 1));
   Ini(app / "FrameWindow.ini", "QLT830_global.clut");
   const std::string app_folder = app.path();
-  ResetColorSchemeModule();
-  EXPECT_EQ(InitColorSchemes(p, state, app_folder, user.path(), ""), schemes() + "QLT830_global.clut");
+  ColorSchemeModule fresh;
+  EXPECT_EQ(InitColorSchemes(p, fresh, state, app_folder, user.path(), ""), schemes() + "QLT830_global.clut");
   EXPECT_TRUE(test::RealPlatform().FileExists(schemes() + "QLT830_global.clut"));
   EXPECT_TRUE(EqualsIgnoreCase(p, state.ClutFileName, schemes() + "QLT830_global.clut"));
-  EXPECT_EQ(InitColorSchemes(p, state, app_folder, user.path(), "given.clut"), "given.clut");
+  EXPECT_EQ(InitColorSchemes(p, fresh, state, app_folder, user.path(), "given.clut"), "given.clut");
   EXPECT_EQ(state.ClutFileName, "given.clut");  // missing: stored as given
   EXPECT_FALSE(state.ClutError);
 }
