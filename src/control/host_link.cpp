@@ -19,7 +19,6 @@ namespace {
 thread_local bool t_in_host_call = false;
 
 // Plain pointers to their objects: see support/thread_owned.h.
-thread_local ThreadOwned<std::shared_ptr<HostLink>> t_host;  // the one the platform holds
 thread_local ThreadOwned<std::vector<std::shared_ptr<HostLink>>> t_retired;
 thread_local int t_control_calls = 0;
 
@@ -190,9 +189,8 @@ HRESULT BindHost(const VARIANT& value, std::shared_ptr<HostLink>& host) {
 namespace tq::com {
 
 void InstallThreadHost(std::shared_ptr<HostLink> host) {
-  if (t_control_calls > 0 && t_host.Get()) t_retired.Get().push_back(t_host.Get());
-  t_host.Get() = host;
-  tq::win::WinPlatform::SetThreadHost(std::move(host));
+  std::shared_ptr<HostLink> replaced = tq::win::WinPlatform::SetThreadHost(std::move(host));
+  if (t_control_calls > 0 && replaced) t_retired.Get().push_back(std::move(replaced));
 }
 
 ControlCall::ControlCall() { ++t_control_calls; }

@@ -1,5 +1,7 @@
 #include "win32/win_platform.h"
 
+#include <utility>
+
 #include "support/thread_owned.h"
 #include "win32/handles.h"
 #include "win32/msgbox.h"
@@ -283,7 +285,9 @@ int WinPlatform::ShowMessage(const std::string& prompt, int& buttons, int style,
 
 HostLink* WinPlatform::Host() { return t_host.get() ? t_host.get()->get() : nullptr; }
 
-void WinPlatform::SetThreadHost(std::shared_ptr<HostLink> host) { t_host.Get() = std::move(host); }
+std::shared_ptr<HostLink> WinPlatform::SetThreadHost(std::shared_ptr<HostLink> host) {
+  return std::exchange(t_host.Get(), std::move(host));
+}
 
 std::string WinPlatform::ModuleFolder() {
   HMODULE self = nullptr;
