@@ -193,4 +193,18 @@ std::vector<std::string> MarkClutVersion(std::vector<std::string> lines, const s
   return lines;
 }
 
+std::string LogicalColorsKey(int index) { return "Index_" + std::to_string(index); }
+
+std::string LogicalColorValue(int index, std::int32_t colour, std::optional<std::int32_t> not_defined_as,
+                              const std::string& name, const std::string& tab, const std::string& category) {
+  const bool fields_of_state = colour == kClutNotDefined && !not_defined_as;
+  if (colour == kClutNotDefined && not_defined_as) colour = *not_defined_as;
+  std::string value = "  ";
+  for (std::int16_t field : {RedOf(colour), GreenOf(colour), BlueOf(colour)})
+    value += FormatClutComponent(fields_of_state ? std::int16_t{-1} : field);
+  value += "# " + std::to_string(index) + ": ";
+  if (index < kClutStandardCount) return value + name;
+  return value + tab + (category.empty() ? "," : " (" + category + "),") + name;
+}
+
 }  // namespace tq

@@ -79,4 +79,17 @@ std::vector<std::string> UpgradeClutLines(std::vector<std::string> file_lines, s
 // replaced wherever it stands in line 1, or a tab and "Version=93.07" appended.
 std::vector<std::string> MarkClutVersion(std::vector<std::string> lines, const std::string& old_version);
 
+// The logical colours file of export and import: section "Logical Colors", one key
+// "Index_<n>" per colour, whose value reads back with ParseClutLine.
+constexpr const char* kLogicalColorsSection = "Logical Colors";
+std::string LogicalColorsKey(int index);
+// One value: the colour's three fields and a comment naming where it is shown (`tab`
+// and `category` for the list colours from 256). A "not defined" colour
+// (kClutNotDefined) is written as `not_defined_as` when given (the editor writes the
+// colour its button shows, the system's button face), else as the three -1 fields of
+// a colour table, which import back as "not defined" (a tool has no button to take a
+// colour from).
+std::string LogicalColorValue(int index, std::int32_t colour, std::optional<std::int32_t> not_defined_as,
+                              const std::string& name, const std::string& tab, const std::string& category);
+
 }  // namespace tq

@@ -41,14 +41,6 @@ bool IsRefusedSchemeName(const std::string& name) {
   return IsDeviceName(name) || upper.ends_with(".LOCK") || upper.ends_with(".TMP");
 }
 
-std::string LogicalColorValue(int index, std::int32_t colour, const std::string& name, const std::string& tab,
-                              const std::string& category) {
-  std::string value = "  " + FormatClutComponent(RedOf(colour)) + FormatClutComponent(GreenOf(colour)) +
-                      FormatClutComponent(BlueOf(colour)) + "# " + std::to_string(index) + ": ";
-  if (index < kClutStandardCount) return value + name;
-  return value + tab + (category.empty() ? "," : " (" + category + "),") + name;
-}
-
 // ---- Helpers ----
 
 int frmTqColorSetting::Ask(const std::string& prompt, int buttons, int style) {
@@ -290,11 +282,12 @@ void frmTqColorSetting::miExport_Click() {
     const RowColour& shown = table_.rows[index];
     if (shown.kind == RowColour::Kind::Unreadable) continue;
     const int row = table_.ColorRowMap[index];
-    const std::int32_t colour =
-        shown.kind == RowColour::Kind::Colour ? shown.colour : (view_ ? view_->ButtonFaceColor() : 0xC0C0C0);
-    const std::string value = LogicalColorValue(index, colour, RowName(row, voltage_names_),
-                                                GetTabCaptionOfRow(strip, row), GetCategoryNameOfRow(row));
-    if (IoStatus written = platform_->IniWrite(kLogicalColorsSection, "Index_" + std::to_string(index), value, file);
+    // A "not defined" row is exported as the colour its button shows.
+    const std::int32_t colour = shown.kind == RowColour::Kind::Colour ? shown.colour : kClutNotDefined;
+    const std::string value =
+        LogicalColorValue(index, colour, view_ ? view_->ButtonFaceColor() : 0xC0C0C0, RowName(row, voltage_names_),
+                          GetTabCaptionOfRow(strip, row), GetCategoryNameOfRow(row));
+    if (IoStatus written = platform_->IniWrite(kLogicalColorsSection, LogicalColorsKey(index), value, file);
         !written) {
       Ask(file + "\r\n" + written.message + "\r\n\r\n" + Text(1306), kMbOk, kMbIconCritical);
       break;
@@ -317,7 +310,7 @@ void frmTqColorSetting::ImportIniFile() {
   if (ini_file_name_.empty() || !platform_->FileExists(ini_file_name_)) return;
   for (int index = 0; index < kClutIndexCount; ++index) {
     if (!IsIndexShown(index)) continue;
-    const std::string value = platform_->IniRead(kLogicalColorsSection, "Index_" + std::to_string(index), ini_file_name_);
+    const std::string value = platform_->IniRead(kLogicalColorsSection, LogicalColorsKey(index), ini_file_name_);
     if (value.empty()) continue;
     const int row = table_.ColorRowMap[index];
     const std::int32_t colour = ParseClutLine(value);

@@ -155,11 +155,6 @@ class EditorView {
 // own working files (".lock", ".tmp"), which a scheme must never replace.
 bool IsRefusedSchemeName(const std::string& name);
 
-// The value of key "Index_<index>" in a logical colours file: the colour's fields and
-// a comment naming where it is shown (`tab` and `category` for the display colours).
-std::string LogicalColorValue(int index, std::int32_t colour, const std::string& name, const std::string& tab,
-                              const std::string& category);
-constexpr const char* kLogicalColorsSection = "Logical Colors";
 
 class frmTqColorSetting {
  public:

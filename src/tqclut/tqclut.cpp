@@ -588,11 +588,7 @@ int RunSet(Context& c) {
 // An INI value of the logical colours file; not-defined colours keep their state.
 std::string LogicalColoursValue(int index, std::int32_t value) {
   const IndexCatalogue& names = Names();
-  const std::string text = LogicalColorValue(index, value == kClutNotDefined ? 0 : value, names.Name(index),
-                                             names.Tab(index), names.Category(index));
-  if (value != kClutNotDefined) return text;
-  // The three fields of "not defined" in place of the colour's.
-  return "  " + FormatClutComponent(-1) + FormatClutComponent(-1) + FormatClutComponent(-1) + text.substr(text.find('#'));
+  return LogicalColorValue(index, value, std::nullopt, names.Name(index), names.Tab(index), names.Category(index));
 }
 
 int RunExport(Context& c) {
@@ -602,7 +598,7 @@ int RunExport(Context& c) {
   int written = 0;
   for (int i = 0; i < kClutIndexCount; ++i) {
     if (!Names().Shown(i) || table.values[i] == kClutUnreadable) continue;
-    const std::string key = "Index_" + std::to_string(i), value = LogicalColoursValue(i, table.values[i]);
+    const std::string key = LogicalColorsKey(i), value = LogicalColoursValue(i, table.values[i]);
     if (IoStatus status = c.platform.IniWrite(kLogicalColorsSection, key, value, ini); !status)
       throw Failure{"cannot write " + c.args[1] + ": " + status.message};
     // The profile functions do not always say whether they wrote: read the value back.
@@ -667,7 +663,7 @@ int RunImport(Context& c) {
   std::array<std::int32_t, kClutIndexCount> colours;
   colours.fill(kClutUnreadable);
   for (int i : indexes) {
-    const std::string key = "Index_" + std::to_string(i);
+    const std::string key = LogicalColorsKey(i);
     const std::string value = c.platform.IniRead(kLogicalColorsSection, key, ini);
     colours[i] = ParseClutLine(value);
     if (colours[i] == kClutUnreadable) skip(key, "\"" + value + "\" is not a colour");

@@ -138,5 +138,31 @@ TEST(UpgradeClutLines, Version9302MovesLines120To146ToTheExtendedIndexes) {
   EXPECT_EQ(upgraded[160], file[160]);
 }
 
+// The editor's export writes a "not defined" colour as its button's colour; the tool
+// writes the state itself, which imports back as "not defined".
+TEST(LogicalColorValue, ColoursAndNotDefinedByWhoWritesThemAndBackThroughTheParser) {
+  const struct {
+    int index;
+    std::int32_t colour;
+    std::optional<std::int32_t> not_defined_as;
+    const char* value;
+    std::int32_t parsed;
+  } rows[] = {
+      {35, 0x0000FF, 0xC0C0C0, "  255    0    0  # 35: Alarm", 0x0000FF},
+      {35, kClutNotDefined, 0xF0F0F0, "  240  240  240  # 35: Alarm", 0xF0F0F0},
+      {35, kClutNotDefined, std::nullopt, "   -1   -1   -1  # 35: Alarm", kClutNotDefined},
+      {258, 0xFFFFFF, std::nullopt, "  255  255  255  # 258: Alarm Display,Alarm", 0xFFFFFF},
+      {273, 0x102030, std::nullopt, "   48   32   16  # 273: Trends (Tabular View),Alarm", 0x102030},
+  };
+  for (const auto& r : rows) {
+    const std::string value =
+        LogicalColorValue(r.index, r.colour, r.not_defined_as, "Alarm", r.index < 260 ? "Alarm Display" : "Trends",
+                          r.index < 260 ? "" : "Tabular View");
+    EXPECT_EQ(value, r.value);
+    EXPECT_EQ(ParseClutLine(value), r.parsed) << value;
+  }
+  EXPECT_EQ(LogicalColorsKey(285), "Index_285");
+}
+
 }  // namespace
 }  // namespace tq
