@@ -1,17 +1,61 @@
 // Prints what the colour table operations cost, each against a plain read or write of
 // the same bytes measured in the same run, and the synchronisation of 50 files.
+#include <unistd.h>
+
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <sstream>
 
 #include "colortable/clut_locations.h"
 #include "colortable/color_table.h"
-#include "common/test_platform.h"
+#include "posix/posix_platform.h"
+#include "support/host.h"
 #include "tqclut/tqclut.h"
 
 namespace {
+
+// A fresh folder as the core names folders (joined with "\\"), removed with its files.
+class Scratch {
+ public:
+  Scratch() {
+    static std::atomic<int> counter{0};
+    const auto folder = std::filesystem::temp_directory_path() /
+                        ("tqbench_" + std::to_string(::getpid()) + "_" + std::to_string(counter++));
+    std::filesystem::create_directories(folder);
+    path_ = folder.string() + "\\";
+  }
+  ~Scratch() {
+    std::error_code ec;
+    std::filesystem::remove_all(tq::posix::NativePath(path_), ec);
+  }
+  const std::string& path() const { return path_; }
+  std::string operator/(const std::string& name) const { return path_ + name; }
+
+ private:
+  std::string path_;
+};
+
+// The tool's own platform, with a host that creates the folders the synchronisation asks for.
+class BenchPlatform : public tq::posix::PosixPlatform {
+ public:
+  tq::HostLink* Host() override { return &host_; }
+
+ private:
+  struct FolderHost : tq::HostLink {
+    explicit FolderHost(Platform& platform) : platform(platform) {}
+    bool Evaluate(const std::string&, std::int32_t& status, tq::HostValue&) override { return status = 0, true; }
+    bool Notify(const std::string&, const std::string&, const tq::HostValue&) override { return true; }
+    bool FileNotice(const std::string&) override { return true; }
+    bool RemoveFile(const std::string&) override { return true; }
+    bool CreateFolder(const std::string& path) override { return static_cast<bool>(platform.CreateFolder(path)); }
+    bool Request(const std::string&) override { return true; }
+    Platform& platform;
+  } host_{*this};
+};
 
 using Clock = std::chrono::steady_clock;
 
@@ -45,9 +89,8 @@ void Row(const char* what, double micros, const char* base_name, double base) {
 }  // namespace
 
 int main() {
-  tq::test::ScratchFolder dir;
-  tq::test::TestPlatform p;
-  p.allow_unscripted = true;
+  Scratch dir;
+  BenchPlatform p;
   const std::string table = Factory();
   const std::string path = dir / "QLT830_colors.clut";
   p.WriteNewFile(path, table);
@@ -89,13 +132,12 @@ int main() {
   Row("save with merge (SaveColorTable)", save, "plain write", plain_write);
   Row("upgrade from 93.01 (one replace)", upgrade, "plain write", plain_write);
 
-  tq::test::ScratchFolder global, app;
+  Scratch global, app;
   for (int i = 0; i < 50; ++i) {
     const std::string name = "QLT830_" + std::to_string(100 + i);
     p.WriteNewFile(global / (name + ".clut"), table);
     p.WriteNewFile(global / (name + "$clut"), table);
   }
-  p.host = [&](int kind, const std::string& text) { return kind != tq::kHostCreateFolder || p.CreateFolder(text); };
   int copied = 0;
   const double first = Micros(1, [&] { copied = tq::SyncClutFiles(p, global.path(), app / "ColorSchemes\\"); });
   int again = 0;
@@ -105,7 +147,7 @@ int main() {
 
   // tqclut check on a site: 20 stations of 5 applications with 10 schemes each, every
   // table a little different; against the check of one table alone.
-  tq::test::ScratchFolder site;
+  Scratch site;
   int tables = 0;
   for (int station = 0; station < 20; ++station) {
     const std::string station_folder = site / ("station" + std::to_string(station));
