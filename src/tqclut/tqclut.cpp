@@ -212,6 +212,10 @@ int Run(Platform& platform, const std::vector<std::string>& args, std::ostream& 
       err << kToolName << ": help: wrong number of arguments; usage: tqclut help [COMMAND]\n";
       return kExitError;
     }
+    if (!rest.empty() && rest[0] == "help") {
+      out << "usage: tqclut help [COMMAND]\n\nDescribes COMMAND; without one, lists the commands.\n";
+      return kExitClean;
+    }
     command = rest.empty() ? nullptr : FindCommand(rest[0]);
     if (!rest.empty() && !command) {
       err << kToolName << ": unknown command \"" << rest[0] << "\" (tqclut --help lists the commands)\n";

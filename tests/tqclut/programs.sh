@@ -53,6 +53,8 @@ expect 0 version --version
 has version "$out" "^tqclut [0-9]*\.[0-9]*\.[0-9]*$"
 expect 0 "help check" help check
 has "help check" "$out" "^usage: tqclut \[--dvhome FOLDER\] check"
+expect 0 "help help" help help
+has "help help" "$out" "^usage: tqclut help \[COMMAND\]"
 expect 2 "unknown option" check --jsn "$(path "$classic")"
 has "unknown option" "$err" '^tqclut: unknown option "--jsn"; usage: tqclut check'
 cd "$work" && cp "$classic" ./-x.clut
