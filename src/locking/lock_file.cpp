@@ -3,6 +3,8 @@
 #include <initializer_list>
 #include <utility>
 
+#include "support/builtin_strings.h"
+
 namespace tq {
 
 namespace {
@@ -26,19 +28,9 @@ void AppendSection(std::string& message, const LockTexts& texts,
 }  // namespace
 
 LockTexts DefaultLockTexts() {
-  return {"is already opened and locked for editing.",
-          "Corvana Username:",
-          "Locking Time:",
-          "Locking Application:",
-          "Process ID:",
-          "Windows Username:",
-          "Hostname:",
-          "Session ID:",
-          "Do you want to open the file as read only?",
-          "Open",
-          "Please choose another file name.",
-          "Save",
-          "was opened as read only."};
+  LockTexts texts;
+  for (int i = 0; i < lock_text::kCount; ++i) texts[i] = BuiltinString(lock_text::kFirstId + i);
+  return texts;
 }
 
 std::string OrNotAvailable(std::string value) {

@@ -41,6 +41,7 @@ enum : int {
 inline constexpr int kFirstId = 1501;
 }  // namespace lock_text
 using LockTexts = std::array<std::string, lock_text::kCount>;
+// The English texts, from the built-in string table.
 LockTexts DefaultLockTexts();
 
 // Lock file values are ANSI text of at most 255 characters, the system's buffer
