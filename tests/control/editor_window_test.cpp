@@ -132,7 +132,8 @@ TEST_F(EditorWindow, ReadOnlyShowsInTheHostsLanguageAndItsButtonsAreDrawnFlatUnt
       ASSERT_TRUE(e);
       if (i == 0) Screenshot(e, "editor-de");
       seen.push_back(WindowText(e) + L"|" + std::to_wstring(Enabled(e, ids::kColorButton + 19)) +
-                     std::to_wstring(Enabled(e, ids::kOk)) + std::to_wstring(Enabled(e, ids::kSchemeCombo)));
+                     std::to_wstring(Enabled(e, ids::kOk)) + std::to_wstring(Enabled(e, ids::kSchemeCombo)) +
+                     std::to_wstring(Enabled(e, ids::kSaveAsButton)));
       // A read-only colour button looks it (its frame differs) and still shows its colour.
       HWND button = Item(e, ids::kColorButton + 19);
       RECT r;
@@ -145,7 +146,7 @@ TEST_F(EditorWindow, ReadOnlyShowsInTheHostsLanguageAndItsButtonsAreDrawnFlatUnt
       WaitForShows(d, i + 1);
     }
   });
-  EXPECT_EQ(seen, (std::vector<std::wstring>{L"Farbeinstellungen (schreibgesch\u00fctzt)|001", L"Farbeinstellungen|111"}));
+  EXPECT_EQ(seen, (std::vector<std::wstring>{L"Farbeinstellungen (schreibgesch\u00fctzt)|0010", L"Farbeinstellungen|1111"}));
   ASSERT_EQ(frames.size(), 4u);
   EXPECT_TRUE(frames[0] != frames[2] || frames[1] != frames[3]);
 }

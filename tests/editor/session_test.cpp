@@ -560,6 +560,7 @@ TEST_F(Session, ExportSkipsUnreadableRowsKeepsOtherKeysAndImportChangesOnlyWhatI
   editor.file = ini;
   editor.act = [&](frmTqColorSetting& f) {
     f.ShowColorRow(0, 0, 38, kRowUnreadable);
+    f.ShowColorRow(1, 0, 42, kRowNotDefined);
     f.miExport_Click();
     EXPECT_EQ(editor.dialog_folder, "C:\\");  // the toolkit is not in an installation's place
     EXPECT_EQ(p.host_calls.back(), (std::pair<int, std::string>{kHostFileNotice, ini}));
@@ -577,6 +578,7 @@ TEST_F(Session, ExportSkipsUnreadableRowsKeepsOtherKeysAndImportChangesOnlyWhatI
   EXPECT_EQ(p.IniRead("Other", "Key", ini), "kept");
   EXPECT_EQ(p.IniRead(kLogicalColorsSection, LogicalColorsKey(38), ini), "");
   EXPECT_NE(p.IniRead(kLogicalColorsSection, LogicalColorsKey(35), ini), "");
+  EXPECT_NE(p.IniRead(kLogicalColorsSection, LogicalColorsKey(42), ini).substr(0, 2), "-1");  // as its button shows
 
   const struct {
     const char* what;
