@@ -72,8 +72,8 @@ class EditorComforts : public EditorWindow {
 TEST_F(EditorComforts, ClipboardEnterValueAndUndoAcrossAnImport) {
   TempFolder folder;
   const std::string ini = folder / "two.ini";
-  WritePrivateProfileStringW(L"LogicalColors", L"Index_35", L"1 2 3", W(ini).c_str());
-  WritePrivateProfileStringW(L"LogicalColors", L"Index_38", L"4 5 6", W(ini).c_str());
+  WritePrivateProfileStringW(L"Logical Colors", L"Index_35", L"1 2 3", W(ini).c_str());
+  WritePrivateProfileStringW(L"Logical Colors", L"Index_38", L"4 5 6", W(ini).c_str());
   Display d;
   std::vector<std::wstring> pasted, items, steps;
   std::wstring copied, loaded, title;
