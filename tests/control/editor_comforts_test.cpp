@@ -150,26 +150,39 @@ TEST_F(EditorComforts, ClipboardEnterValueAndUndoAcrossAnImport) {
   EXPECT_NE(row0_before, L"(4, 5, 6)");
 }
 
-TEST_F(EditorComforts, FindGoesAcrossTabsAndCategoriesAndLeavesTheFocusOnTheRow) {
+TEST_F(EditorComforts, FindGoesAcrossTabsAndCategoriesInTheEditorsLanguageAndLeavesTheFocusOnTheRow) {
   Display d;
-  std::vector<int> gridlines, shading;
-  int category = -1;
+  d.language = L"DE";
+  std::vector<int> gridlines, primary, nothing;
+  int category = -1, source_category = -1;
   HWND focused = nullptr, wanted = nullptr;
   Run(d, [&] {
     HWND e = Editor(d);
     ASSERT_TRUE(e);
     // Alarm, Event, Blocking, then Trends' two categories: the tabs' order.
-    gridlines = Find(d, e, L"GRIDline", {VK_RETURN, VK_RETURN, VK_RETURN, VK_RETURN, VK_ESCAPE});
+    gridlines = Find(d, e, L"GITTERlinie", {VK_RETURN, VK_RETURN, VK_RETURN, VK_RETURN, VK_ESCAPE});
     category = static_cast<int>(SendMessageW(Item(e, ids::kCategoryCombo + 6), CB_GETCURSEL, 0, 0));
     focused = Focus(d);
     wanted = Item(e, ids::kColorButton + 172);
-    shading = Find(d, e, L"nothing of that name", {VK_ESCAPE});
+    nothing = Find(d, e, L"nichts dergleichen", {VK_ESCAPE});
+    // Letter case beyond ASCII: "Transformator-Primärwicklung" under Voltage Source.
+    Type(e, {VK_CONTROL, 'F'});
+    HWND box = OwnedDialog(d, e);
+    ASSERT_TRUE(box);
+    SetDlgItemTextW(box, ids::kFindEdit, L"PRIM\u00C4R");
+    Idle(e);
+    Screenshot(box, "find-box-de");
+    primary = {ShownPage(e)};
+    source_category = static_cast<int>(SendMessageW(Item(e, ids::kCategoryCombo + 1), CB_GETCURSEL, 0, 0));
+    PostMessageW(box, WM_CLOSE, 0, 0);
     Click(e, ids::kCancel);
   });
   EXPECT_EQ(gridlines, (std::vector<int>{3, 4, 5, 6, 6}));
   EXPECT_EQ(category, 1);
   EXPECT_EQ(focused, wanted);
-  EXPECT_EQ(shading, std::vector<int>{6});  // no match: stays where it was
+  EXPECT_EQ(nothing, std::vector<int>{6});  // no match: stays where it was
+  EXPECT_EQ(primary, std::vector<int>{1});
+  EXPECT_EQ(source_category, 1);
 }
 
 TEST_F(EditorComforts, ReadOnlyOffersOnlyCopyAndFind) {
