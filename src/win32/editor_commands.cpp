@@ -111,6 +111,7 @@ void EditorWindow::Fail() noexcept {
 }
 
 bool EditorWindow::PreTranslate(MSG& msg) {
+  if (PreTranslateComforts(*this, msg)) return true;
   if (msg.message != WM_KEYDOWN) return false;
   if (msg.hwnd != hwnd_ && !IsChild(hwnd_, msg.hwnd)) return false;
   // Enter presses the focused push button, as in a dialog. The dialog manager would

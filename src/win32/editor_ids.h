@@ -38,4 +38,24 @@ constexpr int kRestoreDefaultsItem = 1207;
 constexpr int kSchemeNameLabel = 1402;     // "Color Scheme:"
 constexpr int kSchemeNameEdit = 1405;      // txtColorScheme
 
+// Additions beside the editor's own controls: the colour buttons' context menu (the
+// ids of its items' strings), with Ctrl+C, Ctrl+V, Ctrl+Z, Ctrl+Y and Ctrl+F as keys.
+constexpr int kCopyColorItem = 1620;
+constexpr int kPasteColorItem = 1621;
+constexpr int kEnterValueItem = 1622;
+constexpr int kResetColorItem = 1623;      // to the colour in the restore copy
+constexpr int kUndoItem = 1624;
+constexpr int kRedoItem = 1625;
+constexpr int kFindItem = 1626;
+
+// The Enter Value dialog: a standard dialog (#32770) owned by the editor, OK and
+// Cancel as IDOK and IDCANCEL (OK disabled while the text names no colour).
+constexpr int kValueLabel = 1628;          // the formats it takes
+constexpr int kValueEdit = 1629;
+constexpr int kValueSwatch = 1630;         // the typed colour
+
+// The find box: a modeless standard dialog (#32770) owned by the editor.
+constexpr int kFindLabel = 1671;           // "Name or index:"
+constexpr int kFindEdit = 1672;
+
 }  // namespace tq::win::editor_ids

@@ -215,6 +215,7 @@ void EditorWindow::ApplyTopMost() {
 }
 
 void EditorWindow::Unload() {
+  CloseComforts(*this);
   if (hwnd_) ShowWindow(hwnd_, SW_HIDE);
   session_ = nullptr;  // a hidden window serves no session
 }
@@ -230,7 +231,7 @@ void EditorWindow::Destroy() {
 
 // Lets go of what was made for the window, which is gone.
 void EditorWindow::Forget() {
-  tooltip_ = tabs_ = nullptr;
+  tooltip_ = tabs_ = find_box_ = nullptr;  // the find box went with its owner
   pages_.fill(nullptr);
   for (auto& frames : frames_) frames.fill(nullptr);
   shown_frame_.fill(-1);
@@ -314,6 +315,7 @@ LRESULT EditorWindow::ContainerMessage(EditorWindow& self, HWND hwnd, UINT messa
     case WM_DRAWITEM:
     case WM_CTLCOLORSTATIC:
     case WM_NOTIFY:
+    case WM_CONTEXTMENU:
       return self.Handle(hwnd, message, wparam, lparam);
     default:
       return DefWindowProcW(hwnd, message, wparam, lparam);
@@ -352,6 +354,9 @@ LRESULT EditorWindow::Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lpar
       }
       break;
     }
+    case WM_CONTEXTMENU:
+      if (session_) ComfortsContextMenu(*this, reinterpret_cast<HWND>(wparam), lparam);
+      return 0;
     case DM_GETDEFID:
       if (hwnd == hwnd_) return MAKELRESULT(ids::kOk, DC_HASDEFID);
       break;

@@ -60,6 +60,7 @@ class EditorWindow final : public EditorView {
   HWND hwnd() const { return hwnd_; }
 
  private:
+  friend class EditorComforts;  // the context menu, clipboard, undo and find (editor_comforts.cpp)
   struct Gdi;
   // What the window's controls are built from; a window of another shape is rebuilt.
   struct Shape {
@@ -134,6 +135,7 @@ class EditorWindow final : public EditorView {
   const wchar_t* combo_class_ = nullptr;
   std::wstring file_tip_;
   bool closing_ = false;
+  HWND find_box_ = nullptr;  // owned by the editor's window
 };
 
 }  // namespace tq::win
