@@ -140,8 +140,10 @@ std::string DescribeFinding(const Finding& f, int index, const IndexName& name_o
   const int other = f.indexes.size() > 1 && f.indexes[0] == index ? f.indexes[1] : f.indexes[0];
   const Vision vision = VisionOf(f);
   const std::string for_vision = vision == Vision::Normal ? "" : GetString(1604 + static_cast<int>(vision));
+  std::string name = name_of ? name_of(other) : std::string();
+  if (name.empty()) name = std::to_string(other);
   return Fill(GetString(f.measure == Measure::Contrast ? 1602 : 1601),
-              {name_of ? name_of(other) : std::to_string(other), for_vision, Number(f.measured), Number(f.threshold)});
+              {name, for_vision, Number(f.measured), Number(f.threshold)});
 }
 
 std::string DescribeFindingsOf(const EditorChecks& checks, int index, const IndexName& name_of) {
@@ -160,8 +162,10 @@ std::string DescribeFindingsOf(const EditorChecks& checks, int index, const Inde
 
 std::string FindingColours(const Finding& f, const IndexName& name_of) {
   std::string text;
-  for (int index : f.indexes)
-    text += (text.empty() ? "" : " / ") + std::to_string(index) + " " + (name_of ? name_of(index) : std::string());
+  for (int index : f.indexes) {
+    const std::string name = name_of ? name_of(index) : std::string();
+    text += (text.empty() ? "" : " / ") + std::to_string(index) + (name.empty() ? "" : " " + name);
+  }
   return text;
 }
 

@@ -23,6 +23,8 @@ namespace {
 constexpr int kMarkerLeft = 40, kMarkerWidth = 180, kMarkerInset = 15;
 // The check window's width and the list's height, in twips.
 constexpr int kCheckWidth = 9600, kListHeight = 3000;
+// Between a label and its control: pixels rounded at any DPI never make them overlap.
+constexpr int kLabelGap = 30;
 
 std::wstring Text(int id) { return Widen(GetString(id)); }
 
@@ -50,7 +52,7 @@ int CheckUi::Px(int twips) const { return editor_.Px(twips); }
 std::string CheckUi::NameOf(int index) const {
   frmTqColorSetting* s = editor_.session_;
   const int row = s && index >= 0 && index < kClutIndexCount ? s->Table().ColorRowMap[index] : -1;
-  return row >= 0 ? RowName(row, s->VoltageNames()) : std::to_string(index);
+  return row >= 0 ? RowName(row, s->VoltageNames()) : std::string();  // no row: known by its index alone
 }
 
 void CheckUi::Reset() {
@@ -105,7 +107,7 @@ void CheckUi::UpdateMarker(int row) {
       tip.cbSize = sizeof tip;
       tip.hwnd = GetParent(marker);
       tip.uId = reinterpret_cast<UINT_PTR>(marker);
-      if (tooltip_) SendMessageW(tooltip_, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tip));
+      if (editor_.tooltip_) SendMessageW(editor_.tooltip_, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tip));
       DestroyWindow(std::exchange(marker, nullptr));
     }
     marker_texts_[row].clear();
@@ -113,15 +115,10 @@ void CheckUi::UpdateMarker(int row) {
   }
   if (text == marker_texts_[row] && marker) return;
   marker_texts_[row] = std::move(text);
-  if (!tooltip_) {
-    tooltip_ = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
-                               CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, editor_.hwnd_, nullptr,
-                               ThisModule(), nullptr);
-    SendMessageW(tooltip_, TTM_SETMAXTIPWIDTH, 0, Px(6000));
-  }
+  // The editor's own tooltip, which its modal loop hands the mouse.
   TTTOOLINFOW tip{};
   tip.cbSize = sizeof tip;
-  tip.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+  tip.uFlags = TTF_IDISHWND;
   if (!marker) {
     const int y = RowTop(row);
     marker = editor_.CreateChild(GetParent(button), editor_.static_class_, marker_texts_[row],
@@ -131,13 +128,13 @@ void CheckUi::UpdateMarker(int row) {
     tip.hwnd = GetParent(marker);
     tip.uId = reinterpret_cast<UINT_PTR>(marker);
     tip.lpszText = marker_texts_[row].data();
-    SendMessageW(tooltip_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tip));
+    SendMessageW(editor_.tooltip_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tip));
   } else {
     SetWindowTextW(marker, marker_texts_[row].c_str());
     tip.hwnd = GetParent(marker);
     tip.uId = reinterpret_cast<UINT_PTR>(marker);
     tip.lpszText = marker_texts_[row].data();
-    SendMessageW(tooltip_, TTM_UPDATETIPTEXTW, 0, reinterpret_cast<LPARAM>(&tip));
+    SendMessageW(editor_.tooltip_, TTM_UPDATETIPTEXTW, 0, reinterpret_cast<LPARAM>(&tip));
   }
 }
 
@@ -174,7 +171,6 @@ void CheckUi::EditorClosing(bool destroyed) {
   if (destroyed) {
     markers_.fill(nullptr);
     for (auto& text : marker_texts_) text.clear();
-    tooltip_ = nullptr;  // owned by the editor, gone with it
   }
 }
 
@@ -234,7 +230,7 @@ void CheckUi::CreateChildren() {
         {kMargin, kMargin, right, kMargin + kButtonHeight});
   int y = kMargin + kButtonHeight + kGap;
   label(ids::kFindingsLabel, 1643, {kMargin, y, right, y + kButtonHeight});
-  y += kButtonHeight;
+  y += kButtonHeight + kLabelGap;
   list_ = Child(WC_LISTVIEWW, L"", WS_TABSTOP | WS_BORDER | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS,
                 ids::kFindingsList, {kMargin, y, right, y + kListHeight});
   ListView_SetExtendedListViewStyle(list_, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
@@ -260,7 +256,7 @@ void CheckUi::CreateChildren() {
   SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(vision_), 0);
   y += kCategoryHeight + kGap;
   label(ids::kPreviewLabel, 1642, {kMargin, y, right, y + kButtonHeight});
-  y += kButtonHeight;
+  y += kButtonHeight + kLabelGap;
   // Two rows of panels, each a title and three list rows (list_preview.cpp).
   TEXTMETRICW metrics{};
   {

@@ -85,7 +85,6 @@ class CheckUi {
   bool suspended_ = false;
   std::array<HWND, kRowCount> markers_{};
   std::array<std::wstring, kRowCount> marker_texts_;
-  HWND tooltip_ = nullptr;
   HWND window_ = nullptr;
   HWND list_ = nullptr;
   std::vector<const quality::Finding*> shown_findings_;  // the list's items, in order

@@ -104,16 +104,31 @@ TEST_F(EditorChecks, AMarkerFollowsItsFindingAndTheCheckWindowLeadsToTheRowAndSi
 TEST_F(EditorChecks, AReadOnlyEditorMarksItsRowsToo) {
   Display d;
   d.enable = false;
-  std::wstring normal_row;
+  std::wstring normal_row, tip;
   bool button_enabled = true;
   Run(d, [&] {
     HWND e = Editor(d);
     ASSERT_TRUE(e);
     button_enabled = Enabled(e, ids::kColorButton + 19);
     normal_row = Text(e, ids::kFindingMarker + 19);  // Status: Normal (index 32)
+    HWND tooltip = nullptr;
+    EachThreadWindow(d.thread, [&](HWND hwnd) {
+      if (HasClass(hwnd, TOOLTIPS_CLASSW) && GetWindow(hwnd, GW_OWNER) == e) tooltip = hwnd;
+      return !tooltip;
+    });
+    wchar_t text[2048] = L"";
+    TTTOOLINFOW info{};
+    info.cbSize = sizeof info;
+    info.hwnd = GetParent(Item(e, ids::kFindingMarker + 19));
+    info.uId = reinterpret_cast<UINT_PTR>(Item(e, ids::kFindingMarker + 19));
+    info.lpszText = text;
+    SendMessageW(tooltip, TTM_GETTEXTW, 2048, reinterpret_cast<LPARAM>(&info));
+    tip = text;
+    Screenshot(e, "editor-markers-read-only");
     Click(e, ids::kCancel);
   });
   EXPECT_FALSE(button_enabled);
+  EXPECT_EQ(tip, normal_row);
   EXPECT_EQ(normal_row.substr(0, normal_row.find(L';')),
             L"Hard to tell from Measurement High Warning for protanopia (\u0394E 5.1, needs 10)");
 }

@@ -258,7 +258,8 @@ TEST_F(EditorCommands, MoreOpensOnThePressUnderItsButtonAndExportImportAndRestor
     Click(e, ids::kOk);
   });
   ASSERT_EQ(d.results, std::vector<bool>{true});
-  EXPECT_EQ(items, (std::vector<std::wstring>{L"&Import...", L"&Export...", L"", L"&Restore Defaults"}));
+  EXPECT_EQ(items, (std::vector<std::wstring>{L"&Import...", L"&Export...", L"", L"&Restore Defaults",
+                                              L"&Check Colors..."}));
   EXPECT_EQ(menu_rect.left, more_rect.left);
   if (more_rect.bottom - 2 + (menu_rect.bottom - menu_rect.top) <= GetSystemMetrics(SM_CYSCREEN)) {
     EXPECT_EQ(menu_rect.top, more_rect.bottom - 2);  // else the system opens it upwards
