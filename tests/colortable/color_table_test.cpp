@@ -7,6 +7,7 @@
 #include "clut_test_data.h"
 #include "colortable/clut_locations.h"
 #include "common/test_platform.h"
+#include "support/localization.h"
 #ifdef _WIN32
 #include <windows.h>
 #else
@@ -76,8 +77,8 @@ TEST_F(ColorTableFiles, FailedLoadsTellTheUserButNeverTheHostsReads) {
       continue;
     }
     ASSERT_EQ(p.prompts.size(), 2u);
-    EXPECT_EQ(p.prompts[0].text, "Color table file not found: " + dir / "none.clut");
-    EXPECT_EQ(p.prompts[1].text, "Cannot read color table file: " + present + "\r\nThere is not enough space on the disk.");
+    EXPECT_EQ(p.prompts[0].text, GetString(1305) + dir / "none.clut");
+    EXPECT_EQ(p.prompts[1].text, GetString(1316) + present + "\r\nThere is not enough space on the disk.");
     EXPECT_EQ(p.prompts[1].style, kMbIconCritical);
   }
 }
@@ -111,9 +112,8 @@ TEST_F(ColorTableFiles, UnlockedFileIsWrittenOnlyWhenTheUserSaysYes) {
   p.answers = {kIdNo, kIdYes};
   EXPECT_FALSE(SaveColorTable(p, state));
   EXPECT_EQ(Read(state.ClutFileName), before);
-  EXPECT_EQ(p.prompts[0].text, "Color table file: " + state.ClutFileName +
-                                   "\r\nis not locked and may meanwhile have been changed by other applications.\r\n\r\n"
-                                   "Do you want to save changes?");
+  EXPECT_EQ(p.prompts[0].text,
+            GetString(1309) + state.ClutFileName + "\r\n" + GetString(1310) + "\r\n\r\n" + GetString(1311));
   EXPECT_EQ(p.prompts[0].buttons, kMbYesNo);
   EXPECT_TRUE(SaveColorTable(p, state));
   EXPECT_NE(Read(state.ClutFileName), before);
@@ -135,8 +135,8 @@ TEST_F(ColorTableFiles, AFailureAtAnyStepOfTheSaveLeavesTheOldFileWhole) {
     EXPECT_TRUE(NoTempFiles());
     EXPECT_TRUE(p.host_calls.empty());
     ASSERT_EQ(p.prompts.size(), 1u);
-    EXPECT_EQ(p.prompts[0].text, "Cannot write color table file: " + state.ClutFileName +
-                                     "\r\nThere is not enough space on the disk.\r\n\r\nThe previous file is unchanged.");
+    EXPECT_EQ(p.prompts[0].text, GetString(1312) + state.ClutFileName + "\r\nThere is not enough space on the disk.\r\n\r\n" +
+                                     GetString(1313));
   }
 }
 

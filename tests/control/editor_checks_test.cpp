@@ -1,6 +1,6 @@
 // The editor's colour checks under UI automation: a row's marker follows its finding,
 // the check window leads to the row and simulates a vision; read-only editors mark too.
-#include "control/editor_fixture.h"
+#include "control/scenario.h"
 
 #include "quality/color_quality.h"
 
@@ -36,69 +36,61 @@ class EditorChecks : public EditorWindow {
 
 TEST_F(EditorChecks, AMarkerFollowsItsFindingAndTheCheckWindowLeadsToTheRowAndSimulatesAVision) {
   const auto lines = SplitClutLines(SourceFile("data/QLT830_colors.clut")).lines;
-  const std::int32_t background = ParseClutLine(lines[256]), text = ParseClutLine(lines[258]);
+  const auto background = static_cast<COLORREF>(ParseClutLine(lines[256]));
+  const auto text = static_cast<COLORREF>(ParseClutLine(lines[258]));
+  const COLORREF red = RGB(255, 0, 0);
+  const auto seen = static_cast<COLORREF>(tq::quality::Simulate(red, tq::quality::Vision::Deuteranopia));
   Display d;
   d.tab = 4;  // Alarm Display: background row 120 (index 256), gridline 121, text 122 (258)
-  bool marked_at_start = true, marked_after = true;
-  std::wstring marker, summary, jumped_to, title, simulated_title, rgb_simulated, title_after;
-  int page_after_jump = -1;
-  COLORREF normal = 0, simulated = 0, normal_again = 0;
-  Run(d, [&] {
-    HWND e = Editor(d);
-    ASSERT_TRUE(e);
-    title = WindowText(e);
-    marked_at_start = Item(e, ids::kFindingMarker + 122) != nullptr;
-    // The text on its own background: a finding; its old colour again: none.
-    Pick(d, e, 122, static_cast<COLORREF>(background));
-    marker = Text(e, ids::kFindingMarker + 122);
-    Pick(d, e, 122, static_cast<COLORREF>(text));
-    marked_after = Item(e, ids::kFindingMarker + 122) != nullptr;
-
-    Pick(d, e, 122, static_cast<COLORREF>(background));
-    Pick(d, e, 121, RGB(255, 0, 0));
-    normal = Swatch(e, 121);
-    ClickTab(e, 0);
-    HWND w = OpenChecks(d, e);
-    ASSERT_TRUE(w);
-    summary = Text(w, ids::kChecksSummary);
-    // Enter on the alarm list's finding: back to its page, its text's colour button focused.
-    HWND list = Item(w, ids::kFindingsList);
-    const int count = static_cast<int>(SendMessageW(list, LVM_GETITEMCOUNT, 0, 0));
-    for (int i = 0; i < count; ++i)
-      if (Cell(list, i, 0) == L"text.alarm_list") {
-        LVITEMW state{};
-        state.stateMask = state.state = LVIS_SELECTED | LVIS_FOCUSED;
-        SendMessageW(list, LVM_SETITEMSTATE, i, reinterpret_cast<LPARAM>(&state));
-      }
-    Type(w, {VK_RETURN});
-    page_after_jump = ShownPage(e);
-    if (Focus(d) == Item(e, ids::kColorButton + 122)) jumped_to = L"text button";
-
-    HWND combo = Item(w, ids::kVisionCombo);
-    SendMessageW(combo, CB_SETCURSEL, 2, 0);
-    SendMessageW(w, WM_COMMAND, MAKEWPARAM(ids::kVisionCombo, CBN_SELCHANGE), reinterpret_cast<LPARAM>(combo));
-    simulated_title = WindowText(e);
-    simulated = Swatch(e, 121);
-    rgb_simulated = Text(e, ids::kRgbLabel + 121);
-    Screenshot(w, "check-window");
-    Click(w, ids::kCheckClose);
-    for (int i = 0; i < 250 && IsWindow(w); ++i) Sleep(20);
-    title_after = WindowText(e);
-    normal_again = Swatch(e, 121);
-    Click(e, ids::kCancel);
+  std::wstring title;
+  HWND w = nullptr;
+  auto marked = [](bool expected) {
+    return Do([expected](HWND e) { EXPECT_EQ(Item(e, ids::kFindingMarker + 122) != nullptr, expected); });
+  };
+  Play(d, {
+      Do([&](HWND e) { title = WindowText(e); }),
+      marked(false),
+      // The text on its own background: a finding; its old colour again: none.
+      Pick(122, background),
+      ExpectText(ids::kFindingMarker + 122, L"Too little contrast with Background (1:1, needs 4.5:1)"),
+      Pick(122, text),
+      marked(false),
+      Pick(122, background),
+      Pick(121, red),
+      Do([&](HWND e) { EXPECT_EQ(Swatch(e, 121), red); }),
+      Tab(0),
+      Do([&](HWND e) {
+        w = OpenChecks(d, e);
+        ASSERT_TRUE(w);
+        EXPECT_EQ(Text(w, ids::kChecksSummary), L"48 findings in 7 rules");  // the classic scheme's 47 and this one
+        // Enter on the alarm list's finding: back to its page, its text's colour button focused.
+        HWND list = Item(w, ids::kFindingsList);
+        const int count = static_cast<int>(SendMessageW(list, LVM_GETITEMCOUNT, 0, 0));
+        for (int i = 0; i < count; ++i)
+          if (Cell(list, i, 0) == L"text.alarm_list") {
+            LVITEMW state{};
+            state.stateMask = state.state = LVIS_SELECTED | LVIS_FOCUSED;
+            SendMessageW(list, LVM_SETITEMSTATE, i, reinterpret_cast<LPARAM>(&state));
+          }
+        Type(w, {VK_RETURN});
+        EXPECT_EQ(ShownPage(e), 3);
+        EXPECT_EQ(Focus(d), Item(e, ids::kColorButton + 122));
+        // Deuteranopia: the swatches as that vision sees them, the stored value as text.
+        HWND combo = Item(w, ids::kVisionCombo);
+        SendMessageW(combo, CB_SETCURSEL, 2, 0);
+        SendMessageW(w, WM_COMMAND, MAKEWPARAM(ids::kVisionCombo, CBN_SELCHANGE), reinterpret_cast<LPARAM>(combo));
+        EXPECT_EQ(WindowText(e), title + L" - Simulated: Deuteranopia");
+        EXPECT_EQ(Swatch(e, 121), seen);
+        EXPECT_EQ(Text(e, ids::kRgbLabel + 121), L"(255, 0, 0)");
+        Screenshot(w, "check-window");
+        // Closing the check window returns to normal vision.
+        Click(w, ids::kCheckClose);
+        for (int i = 0; i < 250 && IsWindow(w); ++i) Sleep(20);
+        EXPECT_EQ(WindowText(e), title);
+        EXPECT_EQ(Swatch(e, 121), red);
+      }),
+      Press(ids::kCancel),
   });
-  EXPECT_FALSE(marked_at_start);
-  EXPECT_EQ(marker, L"Too little contrast with Background (1:1, needs 4.5:1)");
-  EXPECT_FALSE(marked_after);
-  EXPECT_EQ(summary, L"48 findings in 7 rules");  // the classic scheme's 47 and the one made here
-  EXPECT_EQ(page_after_jump, 3);
-  EXPECT_EQ(jumped_to, L"text button");
-  EXPECT_EQ(normal, RGB(255, 0, 0));
-  EXPECT_EQ(simulated, static_cast<COLORREF>(tq::quality::Simulate(RGB(255, 0, 0), tq::quality::Vision::Deuteranopia)));
-  EXPECT_EQ(rgb_simulated, L"(255, 0, 0)");  // the stored value
-  EXPECT_EQ(simulated_title, title + L" - Simulated: Deuteranopia");
-  EXPECT_EQ(title_after, title);
-  EXPECT_EQ(normal_again, RGB(255, 0, 0));
 }
 
 TEST_F(EditorChecks, AReadOnlyEditorMarksItsRowsToo) {

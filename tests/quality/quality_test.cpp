@@ -9,7 +9,6 @@
 
 #include <cmath>
 #include <cstdio>
-#include <iostream>
 #include <map>
 #include <set>
 #include <sstream>
@@ -182,14 +181,6 @@ std::vector<Finding> CheckFile(const std::string& relative) {
   EXPECT_EQ(SplitClutLines(bytes).lines.size(), 286u) << relative;
   const IndexCatalogue names;
   return Check(ParseColourTable(bytes), [&](int index) { return names.Label(index); });
-}
-
-// The classic look predates these rules: its failures are printed for whoever
-// tunes it, not held against it.
-TEST(QualityRules, ClassicTableReport) {
-  const std::vector<Finding> findings = CheckFile("data/QLT830_colors.clut");
-  for (const Finding& f : findings) EXPECT_TRUE(f.checked) << FormatFinding(f);
-  std::cout << "The classic table:\n" << FormatReport(findings, "  ");
 }
 
 TEST(QualityRules, HighPerformanceSchemesPassEveryRule) {
