@@ -10,6 +10,7 @@
 
 #include "support/localization.h"
 #include "support/thread_owned.h"
+#include "win32/check_window.h"
 #include "win32/common_dialog.h"
 #include "win32/editor_ids.h"
 #include "win32/editor_parts.h"
@@ -121,8 +122,11 @@ bool EditorWindow::RegisterClasses() {
 // On unloading, when no window of the classes is left and no thread registers them.
 void EditorWindow::UnregisterClasses() {
   for (const wchar_t* name : {ids::kEditorClass, kPanelClass, kFrameClass}) UnregisterClassW(name, ThisModule());
+  CheckUi::UnregisterClasses();
   InitOnceInitialize(&g_classes_registered);
 }
+
+EditorWindow::EditorWindow() : checks_(std::make_unique<CheckUi>(*this)) {}
 
 EditorWindow::~EditorWindow() { Destroy(); }
 
@@ -216,6 +220,7 @@ void EditorWindow::ApplyTopMost() {
 
 void EditorWindow::Unload() {
   CloseComforts(*this);
+  checks_->EditorClosing(false);
   if (hwnd_) ShowWindow(hwnd_, SW_HIDE);
   session_ = nullptr;  // a hidden window serves no session
 }
@@ -231,6 +236,7 @@ void EditorWindow::Destroy() {
 
 // Lets go of what was made for the window, which is gone.
 void EditorWindow::Forget() {
+  checks_->EditorClosing(true);
   tooltip_ = tabs_ = find_box_ = nullptr;  // the find box went with its owner
   pages_.fill(nullptr);
   for (auto& frames : frames_) frames.fill(nullptr);
