@@ -142,7 +142,7 @@ std::optional<std::string> frmTqColorSetting::AcceptSchemeName(const std::string
   std::string name = typed;
   if (name.find('.') == std::string::npos) name += ".clut";
   if (IsRefusedSchemeName(name)) {
-    Ask("\"" + typed + "\" " + GetString(1452), kMbOk, kMbIconExclamation);
+    Ask("\"" + typed + "\" " + strings_.Get(1452), kMbOk, kMbIconExclamation);
     return std::nullopt;
   }
   // Our own rule, wider than the listed schemes: any file of that name in the folder,
@@ -151,7 +151,7 @@ std::optional<std::string> frmTqColorSetting::AcceptSchemeName(const std::string
   for (const std::string& path : paths) exists = exists || EqualsIgnoreCase(*platform_, FileNameOf(path), name);
   for (const std::string& other : platform_->ListFileNames(GetColorSchemeFolder(schemes_)))
     exists = exists || EqualsIgnoreCase(*platform_, other, name);
-  if (exists && Ask(name + GetString(1451), kMbYesNo, kMbIconExclamation) != kIdYes) return std::nullopt;
+  if (exists && Ask(name + strings_.Get(1451), kMbYesNo, kMbIconExclamation) != kIdYes) return std::nullopt;
   return name;
 }
 
@@ -179,7 +179,7 @@ void frmTqColorSetting::cmdSave_Click() {
     const bool scheme = FindColorScheme(*platform_, schemes_, path, position);
     if (!scheme || !platform_->FileExists(path)) {
       if (IoStatus copied = platform_->CopyFileTo(ClutFileName(), path, true); !copied) {
-        Ask(GetString(1312) + path + "\r\n" + copied.message + "\r\n\r\n" + GetString(1313), kMbOk, kMbIconCritical);
+        Ask(strings_.Get(1312) + path + "\r\n" + copied.message + "\r\n\r\n" + strings_.Get(1313), kMbOk, kMbIconCritical);
         return;
       }
     }

@@ -1,7 +1,5 @@
 #include "editor/session.h"
 
-#include "support/thread_owned.h"
-
 #include "colortable/clut_locations.h"
 #include "editor/host_exchange.h"
 #include "locking/lock_file_creator.h"
@@ -103,8 +101,6 @@ bool HoldsConversion(const SessionValue& value, ValueConversion conversion) {
   }
 }
 
-thread_local ThreadOwned<frmTqColorSetting> t_session;
-
 }  // namespace
 
 ValueConversion SetObjectValueConversion(const std::string& key) {
@@ -132,18 +128,12 @@ EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorizati
   return d;
 }
 
-frmTqColorSetting& frmTqColorSetting::ThisThread(Platform& platform) {
-  if (!t_session.get()) t_session.Reset(std::make_unique<frmTqColorSetting>(platform));
-  t_session.get()->platform_ = &platform;
-  return *t_session.get();
-}
+frmTqColorSetting::frmTqColorSetting(Platform& platform, LanguageTexts& texts)
+    : platform_(&platform), strings_(texts) {}
 
-void frmTqColorSetting::DiscardThisThread() { t_session.Reset(nullptr); }
-
-frmTqColorSetting* frmTqColorSetting::FindThisThread() { return t_session.get(); }
-
-frmTqColorSetting::frmTqColorSetting(Platform& platform) : platform_(&platform) {
-  host_application_ = Text(kFirstTextId);  // still empty: no language yet
+void frmTqColorSetting::Begin() {
+  if (begun_) return;
+  begun_ = true;
   GetDVHome();  // only for its message when the toolkit is missing
   ClutFileName("");
 }
@@ -172,8 +162,8 @@ void frmTqColorSetting::EnableChanges(bool value) {
 
 void frmTqColorSetting::Language(const std::string& value) {
   language_ = value;
-  LoadLanguageLibrary(*platform_, value);
-  for (std::size_t i = 0; i < texts_.size(); ++i) texts_[i] = GetString(kFirstTextId + static_cast<int>(i));
+  strings_.Load(*platform_, value);
+  for (std::size_t i = 0; i < texts_.size(); ++i) texts_[i] = strings_.Get(kFirstTextId + static_cast<int>(i));
 }
 
 void frmTqColorSetting::HostApplication(const std::string& value) {
@@ -212,7 +202,7 @@ bool frmTqColorSetting::CheckCanContinueCST(bool showMessage) {
   if (!GetColorSchemeFolder(schemes_).empty()) return true;
   if (showMessage) {
     int buttons = kMbOk;
-    platform_->ShowMessage(GetString(1323), buttons, kMbIconCritical, GetString(1301));
+    platform_->ShowMessage(strings_.Get(1323), buttons, kMbIconCritical, strings_.Get(1301));
   }
   return false;
 }
@@ -363,6 +353,7 @@ void frmTqColorSetting::UnloadForm() {
 
 bool frmTqColorSetting::Show(ControlInstanceState& control, const std::string& clutFile, std::int16_t tabNumber,
                              std::int16_t categoryNumber, bool enableChanges, SessionError& error) {
+  Begin();
   // The thread has one editor: a Show from inside the open one (a host's timer, a
   // second control) gets false and leaves the open editor alone.
   if (showing_) return false;
@@ -411,6 +402,7 @@ bool frmTqColorSetting::Show(ControlInstanceState& control, const std::string& c
 
 bool frmTqColorSetting::Show2(ControlInstanceState& control, const std::string& clutFile, const std::string& tabName,
                               std::int16_t categoryNumber, bool enableChanges, SessionError& error) {
+  Begin();
   LoadForm();  // the tab strip is the window's
   const std::vector<int>& strip = selection_.Strip();
   std::int16_t tab = 0;
@@ -425,6 +417,7 @@ bool frmTqColorSetting::Show2(ControlInstanceState& control, const std::string& 
 
 void frmTqColorSetting::SetObjectValue(ControlInstanceState& control, const std::string& key,
                                        const SessionValue& value, SessionError& error) {
+  Begin();
   const KeyRule* rule = FindKeyRule(key);
   if (!rule || !rule->apply) return;
   if (!HoldsConversion(value, rule->conversion)) {
@@ -461,6 +454,7 @@ void frmTqColorSetting::ApplyHeld() {
 }
 
 SessionValue frmTqColorSetting::GetObjectValue(const std::string& key, std::int16_t param, SessionError&) {
+  Begin();
   const ReadRule* rule = FindReadRule(key);
   return rule ? rule->read(*this, *platform_, param) : SessionValue();
 }

@@ -1,7 +1,8 @@
 // frmTqColorSetting: the editor session of one user-interface thread.
 //
 // One session per thread, created on first use and kept for the thread's life; all
-// controls of the thread share it. It holds the host's context, the change flags,
+// controls of the thread share it (the Windows side keeps it in the thread's context).
+// It holds the host's context, the change flags,
 // the colour table, the colour scheme module and the lock, and runs Show up to the
 // editor window. It is portable: the COM layer (src/control) converts the host's
 // VARIANTs to the types below and back, and turns a SessionError into the method's
@@ -20,6 +21,7 @@
 #include "colortable/clut_locations.h"
 #include "colortable/color_table.h"
 #include "editor/catalogue.h"
+#include "support/localization.h"
 #include "support/platform.h"
 
 namespace tq {
@@ -37,8 +39,8 @@ enum class ValueConversion { Unknown, Ignored, NoValue, String, Int16, Int32, Bo
 ValueConversion SetObjectValueConversion(const std::string& key);
 
 // Whether GetObjectValue answers `key` from the session; any other key reads Empty,
-// and the COM layer answers it without creating the session (whose creation may show
-// a message box when the toolkit is missing).
+// and the COM layer answers it without creating the session (whose first member call
+// may show a message box when the toolkit is missing).
 bool IsSessionValueKey(const std::string& key);
 
 // A failure that reaches the host as the method's error result.
@@ -158,19 +160,15 @@ bool IsRefusedSchemeName(const std::string& name);
 
 class frmTqColorSetting {
  public:
-  // This thread's session, created (initialise handler) on first use. The session
-  // works through the platform of the latest call.
-  static frmTqColorSetting& ThisThread(Platform& platform);
-  // Drops this thread's session (and with it any lock it holds): for tests.
-  static void DiscardThisThread();
-  // This thread's session when there is one; creates none.
-  static frmTqColorSetting* FindThisThread();
-
-  // The initialise handler.
-  explicit frmTqColorSetting(Platform& platform);
+  // `texts` are the thread's language texts, which the Language property loads.
+  frmTqColorSetting(Platform& platform, LanguageTexts& texts);
   ~frmTqColorSetting();
   frmTqColorSetting(const frmTqColorSetting&) = delete;
   frmTqColorSetting& operator=(const frmTqColorSetting&) = delete;
+
+  // The initialise handler: the default colour table, found through DVHOME (telling
+  // the user when the toolkit is missing). The four members run it on their first call.
+  void Begin();
 
   // The control's four members. On failure `error` is set and the result is meaningless.
   bool Show(ControlInstanceState& control, const std::string& clutFile, std::int16_t tabNumber,
@@ -315,6 +313,7 @@ class frmTqColorSetting {
   int Ask(const std::string& prompt, int buttons, int style);
 
   Platform* platform_;
+  LanguageTexts& strings_;
   EditorView* view_ = nullptr;
   ColorTableState table_;
   ColorSchemeModule schemes_;  // empty folder until the colour-scheme initialisation
@@ -329,6 +328,7 @@ class frmTqColorSetting {
   std::string host_application_;
   std::string caption_;
   bool enable_changes_ = false;
+  bool begun_ = false;
   bool loaded_ = false;
   bool showing_ = false;  // inside Show
   bool host_enable_changes_ = false;  // EnableChanges as the host asked for it

@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "support/localization.h"
-#include "support/thread_owned.h"
 #include "win32/common_dialog.h"
 #include "win32/editor_ids.h"
 #include "win32/editor_parts.h"
@@ -44,7 +43,6 @@ int WindowDpi(HWND hwnd) {
   return ThreadDpi();
 }
 
-thread_local ThreadOwned<EditorWindow> t_window;
 LONG g_live_windows = 0;
 INIT_ONCE g_classes_registered = INIT_ONCE_STATIC_INIT;
 
@@ -91,8 +89,6 @@ std::wstring WithMnemonic(const std::wstring& text, std::wstring& taken) {
 COLORREF Resolve(std::int32_t colour) {
   return colour == kSystemButtonFace ? GetSysColor(COLOR_BTNFACE) : static_cast<COLORREF>(colour & 0xFFFFFF);
 }
-
-EditorWindow& EditorWindow::ThisThread() { return t_window.Get(); }
 
 long EditorWindow::LiveWindows() { return InterlockedCompareExchange(&g_live_windows, 0, 0); }
 
