@@ -4,12 +4,11 @@
 #include "editor/host_exchange.h"
 #include "locking/lock_file_creator.h"
 #include "support/localization.h"
+#include "support/string_ids.h"
 
 namespace tq {
 
 namespace {
-
-constexpr int kFirstTextId = 1301;
 
 SessionError TypeMismatch() { return {SessionError::Kind::TypeMismatch, "Type mismatch"}; }
 
@@ -113,11 +112,11 @@ bool IsSessionValueKey(const std::string& key) { return FindReadRule(key) != nul
 EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorization_level_tools,
                                    bool restore_copy_exists, bool restore_source_exists, bool disable_ok,
                                    bool ok_before) {
-  // Levels below 2 (the initial -1 included) may neither edit, nor edit schemes, nor restore.
-  const bool allowed = authorization_level_tools >= 2;
+  // Lower levels (the initial -1 included) may neither edit, nor edit schemes, nor restore.
+  const bool allowed = authorization_level_tools >= kEditingLevel;
   const bool editable = enable_changes && allowed;
   EnableDecision d;
-  d.title_id = editable ? 1301 : 1302;
+  d.title_id = editable ? sid::kTitle : sid::kTitleReadOnly;
   d.ok = editable || (ok_before && !disable_ok);
   d.import_export = d.colour_buttons = d.save = editable;
   // Switched off by the host only, the user may still pick a scheme to look at.
@@ -157,17 +156,17 @@ std::optional<bool> frmTqColorSetting::DlgReturnValue() const {
 
 void frmTqColorSetting::EnableChanges(bool value) {
   enable_changes_ = value;
-  caption_ = Text(value ? 1301 : 1302);
+  caption_ = Text(value ? sid::kTitle : sid::kTitleReadOnly);
 }
 
 void frmTqColorSetting::Language(const std::string& value) {
   language_ = value;
   strings_.Load(*platform_, value);
-  for (std::size_t i = 0; i < texts_.size(); ++i) texts_[i] = strings_.Get(kFirstTextId + static_cast<int>(i));
+  for (std::size_t i = 0; i < texts_.size(); ++i) texts_[i] = strings_.Get(sid::kFirstSessionText + static_cast<int>(i));
 }
 
 void frmTqColorSetting::HostApplication(const std::string& value) {
-  host_application_ = value.empty() ? Text(1301) : Text(1301) + " / " + value;
+  host_application_ = value.empty() ? Text(sid::kTitle) : Text(sid::kTitle) + " / " + value;
 }
 
 std::int16_t frmTqColorSetting::TabNumber() {
@@ -192,7 +191,7 @@ void frmTqColorSetting::CategoryNumber(std::int16_t value) {
 
 const std::string& frmTqColorSetting::Text(int id) const {
   static const std::string none;
-  const int i = id - kFirstTextId;
+  const int i = id - sid::kFirstSessionText;
   return i >= 0 && i < static_cast<int>(texts_.size()) ? texts_[i] : none;
 }
 
@@ -202,7 +201,7 @@ bool frmTqColorSetting::CheckCanContinueCST(bool showMessage) {
   if (!GetColorSchemeFolder(schemes_).empty()) return true;
   if (showMessage) {
     int buttons = kMbOk;
-    platform_->ShowMessage(strings_.Get(1323), buttons, kMbIconCritical, strings_.Get(1301));
+    platform_->ShowMessage(strings_.Get(sid::kNoAppFolder), buttons, kMbIconCritical, strings_.Get(sid::kTitle));
   }
   return false;
 }

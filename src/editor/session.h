@@ -23,6 +23,7 @@
 #include "editor/catalogue.h"
 #include "support/localization.h"
 #include "support/platform.h"
+#include "support/string_ids.h"
 
 namespace tq {
 
@@ -67,10 +68,10 @@ struct ControlInstanceState {
 };
 
 // Which of the editor's controls are enabled, and which title the window shows
-// (string 1301 or 1302). MakeEnableChanges decides; the window applies it. A loaded
+// (sid::kTitle or kTitleReadOnly). MakeEnableChanges decides; the window applies it. A loaded
 // window starts with everything enabled, as designed.
 struct EnableDecision {
-  int title_id = 1301;
+  int title_id = sid::kTitle;
   bool ok = true;
   bool import_export = true;  // menu items Import and Export
   bool restore_defaults = true;
@@ -95,12 +96,13 @@ EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorizati
 // when this file exists: it never offers what it then cannot find.
 std::string RestoreDefaultsSource(Platform& platform, const std::string& clut_file);
 
-// Row state codes of ShowColorRow, and the colour GetRowColor gives for a row that
-// shows no colour: the system's button face, as an OLE system colour.
+// Row state codes of ShowColorRow (GetRowColor gives kSystemButtonFace for a row that
+// shows no colour).
 constexpr int kRowColour = -101;
 constexpr int kRowUnreadable = -1;
 constexpr int kRowNotDefined = -2;
-constexpr std::int32_t kSystemButtonFace = static_cast<std::int32_t>(0x8000000F);
+// The tools authorisation level from which the user may edit colours and schemes.
+constexpr std::int16_t kEditingLevel = 2;
 // The unload mode of the window's own close command (close box, Alt+F4, system menu).
 constexpr int kUnloadFromControlMenu = 0;
 
@@ -108,7 +110,7 @@ constexpr int kUnloadFromControlMenu = 0;
 struct SaveSchemeRequest {
   std::string proposed_name;  // the current scheme's file name
   int list_index = 0;
-  std::int16_t authorization_level = -1;  // the text box and OK are enabled from 2
+  std::int16_t authorization_level = -1;  // the text box and OK are enabled from kEditingLevel
   std::vector<std::string> scheme_paths;
   // The dialog's OK with the typed text: the name to close with, or nullopt when the
   // dialog stays open (the user was told why, or does not want to overwrite).
@@ -148,7 +150,7 @@ class EditorView {
   // The window's handle, as the host's own file dialog gets it (0 without one).
   virtual std::int32_t WindowHandle() const { return 0; }
   // What a row without a colour shows on its button (the system's button face).
-  virtual std::int32_t ButtonFaceColor() const { return 0xC0C0C0; }
+  virtual std::int32_t ButtonFaceColor() const { return kButtonFaceGrey; }
 };
 
 // A name typed into the Save As dialog that could leave the scheme folder or that
@@ -219,7 +221,7 @@ class frmTqColorSetting {
   std::optional<bool> DlgReturnValue() const;
   void DlgReturnValue(bool value) { dlg_return_value_ = value ? "True" : "False"; }
   bool EnableChanges() const { return enable_changes_; }
-  void EnableChanges(bool value);               // also sets the title (1301 / 1302)
+  void EnableChanges(bool value);               // also sets the title
   const std::string& Language() const { return language_; }
   void Language(const std::string& value);      // loads the language library and the texts
   const std::string& HostApplication() const { return host_application_; }
@@ -291,7 +293,8 @@ class frmTqColorSetting {
   const VoltageRowNames& VoltageNames() const { return voltage_names_; }
   const EnableDecision& Enablement() const { return enablement_; }
   int SchemeListIndex() const { return scheme_list_index_; }
-  // The session's texts 1301-1332, loaded with the language ("" before).
+  // The session's texts sid::kFirstSessionText to kLastSessionText, loaded with the
+  // language ("" before).
   const std::string& Text(int id) const;
 
  private:
@@ -321,7 +324,7 @@ class frmTqColorSetting {
   TabSelection selection_{false};
   VoltageRowNames voltage_names_;
   EnableDecision enablement_;
-  std::array<std::string, 32> texts_;
+  std::array<std::string, sid::kLastSessionText - sid::kFirstSessionText + 1> texts_;
   std::string ini_file_name_;
   std::string dlg_return_value_;
   std::string language_ = "EN";

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "support/string_ids.h"
 #include "win32/editor_ids.h"
 #include "win32/editor_parts.h"
 #include "win32/text.h"
@@ -76,8 +77,8 @@ std::wstring EditorWindow::RgbTextOf(int row) const {
   if (index < 0) return Widen(kRgbDesignText);
   const RowColour& shown = session_->Table().rows[index];
   return shown.kind == RowColour::Kind::Colour       ? RgbText(shown.colour)
-         : shown.kind == RowColour::Kind::Unreadable ? Caption(1303)
-                                                     : Caption(1304);
+         : shown.kind == RowColour::Kind::Unreadable ? Caption(sid::kUnreadable)
+                                                     : Caption(sid::kNotDefined);
 }
 
 void EditorWindow::RowChanged(int row) {

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "support/localization.h"
+#include "support/string_ids.h"
 #include "win32/common_dialog.h"
 #include "win32/editor_ids.h"
 #include "win32/editor_parts.h"
@@ -170,7 +171,7 @@ void EditorWindow::Build(frmTqColorSetting& session) {
   if (!hwnd_) {
     // The session goes on as if the user had cancelled: the user learns why.
     int buttons = MB_OK;
-    ShowMessage(GetString(1333) + "\r\n" + ErrorText(error), buttons, MB_ICONSTOP, session.Caption());
+    ShowMessage(GetString(sid::kWindowFailed) + "\r\n" + ErrorText(error), buttons, MB_ICONSTOP, session.Caption());
     return;
   }
   InterlockedIncrement(&g_live_windows);
@@ -340,7 +341,7 @@ LRESULT EditorWindow::Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lpar
         auto& info = *reinterpret_cast<NMTTDISPINFOW*>(lparam);
         const int id = GetDlgCtrlID(reinterpret_cast<HWND>(header.idFrom));
         tooltip_text_ = IsIdIn(id, ids::kNameLabel)
-                            ? Caption(kColorIndexTooltipId) +
+                            ? Caption(sid::kColorIndexTooltip) +
                                   std::to_wstring(FindColorRow(session_->Table().ColorRowMap, id - ids::kNameLabel))
                             : file_tip_;
         info.lpszText = tooltip_text_.data();

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "support/localization.h"
+#include "support/string_ids.h"
 #include "win32/guard.h"
 #include "win32/text.h"
 
@@ -35,10 +36,10 @@ LRESULT CALLBACK CaptionHook(int code, WPARAM wparam, LPARAM lparam) {
     // A box whose captions could not be made keeps the system's.
     GuardCallback(0, [&] {
       if (t_box.button_set == MB_OK) {
-        SetItemText(box, IDOK, 1551);
+        SetItemText(box, IDOK, sid::kBoxOk);
       } else if (t_box.button_set == MB_YESNO) {
-        SetItemText(box, IDYES, 1552);
-        SetItemText(box, IDNO, 1553);
+        SetItemText(box, IDYES, sid::kBoxYes);
+        SetItemText(box, IDNO, sid::kBoxNo);
       }
       return 0;
     });
