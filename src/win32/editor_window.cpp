@@ -121,6 +121,7 @@ void EditorWindow::UnregisterClasses() {
   InitOnceInitialize(&g_classes_registered);
 }
 
+EditorWindow::EditorWindow() = default;
 EditorWindow::~EditorWindow() { Destroy(); }
 
 std::wstring EditorWindow::Caption(int id) const {

@@ -37,7 +37,7 @@ class EditorWindow final : public EditorView {
   // not be unloaded under them.
   static long LiveWindows();
 
-  EditorWindow() = default;
+  EditorWindow();
   ~EditorWindow() override;
   EditorWindow(const EditorWindow&) = delete;
   EditorWindow& operator=(const EditorWindow&) = delete;
