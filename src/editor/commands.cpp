@@ -49,9 +49,8 @@ int frmTqColorSetting::Ask(const std::string& prompt, int buttons, int style) {
 }
 
 bool frmTqColorSetting::IsIndexShown(int index) const {
-  const int row = table_.ColorRowMap[index];
   // A row shows the first index that points at it.
-  return row >= 0 && FindColorRow(table_.ColorRowMap, row) == index;
+  return RowIndex(table_.ColorRowMap[index]) == index;
 }
 
 // ---- The scheme list ----

@@ -169,19 +169,9 @@ void frmTqColorSetting::HostApplication(const std::string& value) {
   host_application_ = value.empty() ? Text(sid::kTitle) : Text(sid::kTitle) + " / " + value;
 }
 
-std::int16_t frmTqColorSetting::TabNumber() {
-  LoadForm();
-  return static_cast<std::int16_t>(selection_.TabNumber());
-}
-
 void frmTqColorSetting::TabNumber(std::int16_t value) {
   LoadForm();
   selection_.SetTabNumber(value);
-}
-
-std::int16_t frmTqColorSetting::CategoryNumber() {
-  LoadForm();
-  return static_cast<std::int16_t>(selection_.CategoryNumber());
 }
 
 void frmTqColorSetting::CategoryNumber(std::int16_t value) {
@@ -292,14 +282,12 @@ void frmTqColorSetting::ShowColorRow(int row, std::int32_t color, int colorIndex
 }
 
 std::int32_t frmTqColorSetting::GetRowColor(int row) const {
-  const int index = FindColorRow(table_.ColorRowMap, row);
-  if (index < 0) return kSystemButtonFace;
-  const RowColour& shown = table_.rows[index];
-  return shown.kind == RowColour::Kind::Colour ? shown.colour : kSystemButtonFace;
+  const RowColour* shown = ShownRow(row);
+  return shown && shown->kind == RowColour::Kind::Colour ? shown->colour : kSystemButtonFace;
 }
 
 void frmTqColorSetting::ColorPicked(int row, std::optional<std::int32_t> chosen) {
-  const int index = FindColorRow(table_.ColorRowMap, row);
+  const int index = RowIndex(row);
   if (!chosen || index < 0) return;
   ShowColorRow(row, *chosen, index, kRowColour);
   ColorsChanged = true;  // also for the same colour confirmed again
@@ -328,12 +316,21 @@ void frmTqColorSetting::QueryUnload(int unloadMode) {
 
 // ---- The window's life ----
 
+std::array<std::int16_t, kRowCount> frmTqColorSetting::MakeRowIndex(const ColorRowMapArray& map) {
+  std::array<std::int16_t, kRowCount> index;
+  index.fill(-1);
+  for (int i = kClutIndexCount - 1; i >= 0; --i)  // backwards: the first index that points at a row wins
+    if (map[i] >= 0 && map[i] < kRowCount) index[map[i]] = static_cast<std::int16_t>(i);
+  return index;
+}
+
 void frmTqColorSetting::LoadForm() {
   if (loaded_) return;
   loaded_ = true;  // first, so that the steps below may read the selection
   selection_ = TabSelection(PipelineEnabled);
   voltage_names_ = InitColorRowMap(table_.ColorRowMap, table_.ColorIndexValue, FetchVoltageLevels(platform_->Host()),
                                    PipelineEnabled);
+  row_index_ = MakeRowIndex(table_.ColorRowMap);
   table_.rows.fill(RowColour());
   LockFileCreated = ColorsChanged = ColorThemeChanged = ColorsSaved = false;
   DlgReturnValue(false);

@@ -226,10 +226,11 @@ class frmTqColorSetting {
   void Language(const std::string& value);      // loads the language library and the texts
   const std::string& HostApplication() const { return host_application_; }
   void HostApplication(const std::string& value);  // title text + " / " + value
-  // The selection lives in the window's tab strip and category lists, so both load it.
-  std::int16_t TabNumber();
+  // The selection lives in the window's tab strip and category lists: the setters load
+  // the form, the getters read what it holds.
+  std::int16_t TabNumber() const { return static_cast<std::int16_t>(selection_.TabNumber()); }
   void TabNumber(std::int16_t value);
-  std::int16_t CategoryNumber();
+  std::int16_t CategoryNumber() const { return static_cast<std::int16_t>(selection_.CategoryNumber()); }
   void CategoryNumber(std::int16_t value);
   // The editor window's title.
   const std::string& Caption() const { return caption_; }
@@ -286,7 +287,15 @@ class frmTqColorSetting {
   bool IsLoaded() const { return loaded_; }
 
   // ---- The model the window shows ----
-  ColorTableState& Table() { return table_; }
+  const ColorTableState& Table() const { return table_; }
+  // The table index that colour row `row` shows (the first index that points at it),
+  // -1 for a row that shows none.
+  int RowIndex(int row) const { return row >= 0 && row < kRowCount ? row_index_[row] : -1; }
+  // What colour row `row` shows; null for a row that shows no index.
+  const RowColour* ShownRow(int row) const {
+    const int index = RowIndex(row);
+    return index >= 0 ? &table_.rows[index] : nullptr;
+  }
   // Scheme folder, settings paths and the scheme list.
   const ColorSchemeModule& Schemes() const { return schemes_; }
   TabSelection& Selection() { return selection_; }
@@ -319,6 +328,8 @@ class frmTqColorSetting {
   LanguageTexts& strings_;
   EditorView* view_ = nullptr;
   ColorTableState table_;
+  std::array<std::int16_t, kRowCount> row_index_ = MakeRowIndex(table_.ColorRowMap);  // RowIndex by row
+  static std::array<std::int16_t, kRowCount> MakeRowIndex(const ColorRowMapArray& map);
   ColorSchemeModule schemes_;  // empty folder until the colour-scheme initialisation
   std::unique_ptr<clsLockFileCreator> lock_;
   TabSelection selection_{false};

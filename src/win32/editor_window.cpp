@@ -343,7 +343,7 @@ LRESULT EditorWindow::Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lpar
         const int id = GetDlgCtrlID(reinterpret_cast<HWND>(header.idFrom));
         tooltip_text_ = IsIdIn(id, ids::kNameLabel)
                             ? Caption(sid::kColorIndexTooltip) +
-                                  std::to_wstring(FindColorRow(session_->Table().ColorRowMap, id - ids::kNameLabel))
+                                  std::to_wstring(session_->RowIndex(id - ids::kNameLabel))
                             : file_tip_;
         info.lpszText = tooltip_text_.data();
         return 0;
