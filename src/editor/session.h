@@ -50,6 +50,7 @@ struct SessionError {
   Kind kind = Kind::None;
   std::string description;
   explicit operator bool() const { return kind != Kind::None; }
+  static SessionError TypeMismatch() { return {Kind::TypeMismatch, "Type mismatch"}; }
 };
 
 // The control's file-dialog object (support/custom_file_dlg.h).
