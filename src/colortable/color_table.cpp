@@ -15,7 +15,8 @@ void Tell(Platform& platform, const std::string& prompt) {
 }
 
 void TellWriteFailed(Platform& platform, const std::string& path, const IoStatus& status) {
-  Tell(platform, GetString(sid::kCannotWrite) + path + "\r\n" + status.message + "\r\n\r\n" + GetString(sid::kPreviousUnchanged));
+  Tell(platform, GetString(sid::kCannotWrite) + path + "\r\n" + status.message + "\r\n\r\n" +
+                     GetString(sid::kPreviousUnchanged));
 }
 
 // The first 286 lines of a file; nullopt when it cannot be read.
@@ -102,7 +103,8 @@ bool SaveColorTable(Platform& platform, ColorTableState& state) {
   if (!platform.FileExists(path + ".lock")) {
     int buttons = kMbYesNo;
     const std::string prompt =
-        GetString(sid::kTableFile) + path + "\r\n" + GetString(sid::kNotLocked) + "\r\n\r\n" + GetString(sid::kSaveChanges);
+        GetString(sid::kTableFile) + path + "\r\n" + GetString(sid::kNotLocked) + "\r\n\r\n" +
+        GetString(sid::kSaveChanges);
     if (platform.ShowMessage(prompt, buttons, kMbIconExclamation, GetString(sid::kTitle)) != kIdYes) return false;
   }
   std::string old_bytes;
@@ -151,8 +153,8 @@ void CheckClutVersion(Platform& platform, const ColorSchemeModule& module, Color
     reference = GetReferenceClutFile(platform, GetColorSchemeFolder(module) + kDefaultClutName, true, true);
   if (reference.empty()) {
     if (report == LoadReport::ToUser)
-      Tell(platform, GetString(sid::kCannotUpdate) + path + GetString(sid::kFrom) + version + GetString(sid::kTo) + kClutCurrentVersion +
-                         GetString(sid::kNoReference));
+      Tell(platform, GetString(sid::kCannotUpdate) + path + GetString(sid::kFrom) + version + GetString(sid::kTo) +
+                         kClutCurrentVersion + GetString(sid::kNoReference));
   } else if (auto reference_lines = ReadClutLines(platform, reference)) {
     lines = UpgradeClutLines(std::move(lines), std::move(*reference_lines), version);
   } else {

@@ -67,7 +67,8 @@ void frmTqColorSetting::cmbColorSchemes_Click(int index) {
   if (index == last_scheme_index_) return;
   if (!filling_) {
     if (ColorsChanged) {
-      const std::string prompt = Text(sid::kColorsFor) + FileNameOf(ClutFileName()) + " " + Text(sid::kChangedSaveQuestion);
+      const std::string prompt =
+          Text(sid::kColorsFor) + FileNameOf(ClutFileName()) + " " + Text(sid::kChangedSaveQuestion);
       if (Ask(prompt, kMbYesNo, kMbIconExclamation) == kIdYes) {
         if (!SaveColorTable(*platform_, table_)) {
           // The user has been told; the colours stay on the screen, unsaved, and with
@@ -151,7 +152,8 @@ std::optional<std::string> frmTqColorSetting::AcceptSchemeName(const std::string
   for (const std::string& path : paths) exists = exists || EqualsIgnoreCase(*platform_, FileNameOf(path), name);
   for (const std::string& other : platform_->ListFileNames(GetColorSchemeFolder(schemes_)))
     exists = exists || EqualsIgnoreCase(*platform_, other, name);
-  if (exists && Ask(name + strings_.Get(sid::kSchemeExists), kMbYesNo, kMbIconExclamation) != kIdYes) return std::nullopt;
+  if (exists && Ask(name + strings_.Get(sid::kSchemeExists), kMbYesNo, kMbIconExclamation) != kIdYes)
+    return std::nullopt;
   return name;
 }
 
@@ -179,7 +181,9 @@ void frmTqColorSetting::cmdSave_Click() {
     const bool scheme = FindColorScheme(*platform_, schemes_, path, position);
     if (!scheme || !platform_->FileExists(path)) {
       if (IoStatus copied = platform_->CopyFileTo(ClutFileName(), path, true); !copied) {
-        Ask(strings_.Get(sid::kCannotWrite) + path + "\r\n" + copied.message + "\r\n\r\n" + strings_.Get(sid::kPreviousUnchanged), kMbOk, kMbIconCritical);
+        Ask(strings_.Get(sid::kCannotWrite) + path + "\r\n" + copied.message + "\r\n\r\n" +
+                strings_.Get(sid::kPreviousUnchanged),
+            kMbOk, kMbIconCritical);
         return;
       }
     }
@@ -214,7 +218,8 @@ void frmTqColorSetting::cmdDelete_Click() {
   if (index < 0 || index >= static_cast<int>(schemes.size())) return;
   const std::string path = schemes[index];
   const std::string name = FileNameOf(path);
-  if (Ask(Text(sid::kDeleteQuestion) + name + Text(sid::kDeleteQuestionEnd), kMbYesNo, kMbIconExclamation) != kIdYes) return;
+  if (Ask(Text(sid::kDeleteQuestion) + name + Text(sid::kDeleteQuestionEnd), kMbYesNo, kMbIconExclamation) != kIdYes)
+    return;
   const int count = static_cast<int>(schemes.size());
   const int next = index == count - 1 ? std::max(index - 1, 0) : index;
   if (platform_->FileExists(path)) {

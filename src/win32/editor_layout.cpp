@@ -47,7 +47,8 @@ void EditorWindow::CreateControls() {
       if (s.RowIndex(row) >= 0) widest = std::max(widest, twips_of(Widen(RowName(row, s.VoltageNames()))));
     name_width_ = widest;
     // The RGB column grows for a font or language that needs it; the names move right.
-    rgb_width_ = std::max({kRgbWidth, twips_of(L"(255, 255, 255)"), twips_of(Caption(sid::kUnreadable)), twips_of(Caption(sid::kNotDefined))});
+    rgb_width_ = std::max({kRgbWidth, twips_of(L"(255, 255, 255)"), twips_of(Caption(sid::kUnreadable)),
+                           twips_of(Caption(sid::kNotDefined))});
     name_left_ = std::max(kNameLeft, kRgbLeft + rgb_width_ + kGap);
   }
 
