@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "support/localization.h"
+#include "support/string_ids.h"
 
 namespace tq {
 
@@ -133,16 +134,16 @@ Vision VisionOf(const Finding& finding) {
   return Vision::Normal;
 }
 
-std::string VisionText(Vision vision) { return GetString(kFirstVisionText + static_cast<int>(vision)); }
+std::string VisionText(Vision vision) { return GetString(sid::kFirstVision + static_cast<int>(vision)); }
 
 std::string DescribeFinding(const Finding& f, int index, const IndexName& name_of) {
-  if (!f.checked) return GetString(f.measured == kClutNotDefined ? 1603 : 1604);
+  if (!f.checked) return GetString(f.measured == kClutNotDefined ? sid::kUncheckedNotDefined : sid::kUncheckedUnreadable);
   const int other = f.indexes.size() > 1 && f.indexes[0] == index ? f.indexes[1] : f.indexes[0];
   const Vision vision = VisionOf(f);
-  const std::string for_vision = vision == Vision::Normal ? "" : GetString(1604 + static_cast<int>(vision));
+  const std::string for_vision = vision == Vision::Normal ? "" : GetString(sid::kForVisionBefore + static_cast<int>(vision));
   std::string name = name_of ? name_of(other) : std::string();
   if (name.empty()) name = std::to_string(other);
-  return Fill(GetString(f.measure == Measure::Contrast ? 1602 : 1601),
+  return Fill(GetString(f.measure == Measure::Contrast ? sid::kLowContrast : sid::kHardToTell),
               {name, for_vision, Number(f.measured), Number(f.threshold)});
 }
 
@@ -170,7 +171,7 @@ std::string FindingColours(const Finding& f, const IndexName& name_of) {
 }
 
 std::string FindingMeasured(const Finding& f) {
-  if (!f.checked) return GetString(f.measured == kClutNotDefined ? 1645 : 1646);
+  if (!f.checked) return GetString(f.measured == kClutNotDefined ? sid::kShortNotDefined : sid::kShortUnreadable);
   return f.measure == Measure::Contrast ? Number(f.measured) + ":1" : "\xCE\x94" "E " + Number(f.measured);
 }
 
@@ -180,8 +181,8 @@ std::string FindingNeeded(const Finding& f) {
 
 std::string ChecksSummary(const EditorChecks& checks) {
   const std::size_t findings = checks.Failed().size();
-  if (findings == 0) return GetString(1619);
-  return Fill(GetString(1618), {std::to_string(findings), std::to_string(checks.FailedRules())});
+  if (findings == 0) return GetString(sid::kAllChecksPass);
+  return Fill(GetString(sid::kFindingsSummary), {std::to_string(findings), std::to_string(checks.FailedRules())});
 }
 
 }  // namespace tq

@@ -67,8 +67,4 @@ quality::Vision VisionOf(const quality::Finding& finding);
 // "3 findings in 2 rules" or "All checks pass".
 std::string ChecksSummary(const EditorChecks& checks);
 
-// First string id of the check texts: the vision names are kFirstVisionText + vision.
-constexpr int kCheckColorsText = 1600;  // the More menu's item
-constexpr int kFirstVisionText = 1614;  // Normal, Protanopia, Deuteranopia, Tritanopia
-
 }  // namespace tq

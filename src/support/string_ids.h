@@ -63,4 +63,47 @@ constexpr int kBoxNo = 1553;
 constexpr int kPowered = 1554;
 constexpr int kExternal = 1555;
 
+// The colour checks (additions beside the specified editor): findings, the check
+// window and its preview of the host's lists.
+constexpr int kCheckColors = 1600;           // the More menu's item
+constexpr int kHardToTell = 1601;            // %1 name, %2 vision, %3 measured, %4 needed
+constexpr int kLowContrast = 1602;           // the same for a contrast ratio
+constexpr int kUncheckedNotDefined = 1603;
+constexpr int kUncheckedUnreadable = 1604;
+constexpr int kForVisionBefore = 1604;       // + vision (1 to 3): " for protanopia" ...
+constexpr int kCheckTitle = 1608;
+constexpr int kColumnRule = 1609;
+constexpr int kColumnColors = 1610;
+constexpr int kColumnMeasured = 1611;
+constexpr int kColumnNeeded = 1612;
+constexpr int kColumnVision = 1613;
+constexpr int kFirstVision = 1614;           // Normal, Protanopia, Deuteranopia, Tritanopia
+constexpr int kFindingsSummary = 1618;       // %1 findings, %2 rules
+constexpr int kAllChecksPass = 1619;
+constexpr int kSimulatedSuffix = 1640;       // %1 the vision
+constexpr int kVisionLabel = 1641;
+constexpr int kPreviewLabel = 1642;
+constexpr int kFindingsLabel = 1643;
+constexpr int kClose = 1644;
+constexpr int kShortNotDefined = 1645;
+constexpr int kShortUnreadable = 1646;
+constexpr int kAlarmList = 1647;
+constexpr int kEventList = 1648;
+constexpr int kBlockingList = 1649;
+constexpr int kTrendTable = 1650;
+constexpr int kReportTable = 1651;
+constexpr int kSampleNormal = 1652;
+constexpr int kSampleUnacknowledged = 1653;
+constexpr int kSampleAcknowledged = 1654;
+constexpr int kSampleBlocked = 1655;
+constexpr int kSampleDayBreak = 1656;
+constexpr int kSampleShaded = 1657;
+constexpr int kTrendGraph = 1658;
+constexpr int kReportGraph = 1659;
+// The editing comforts (additions too): the context menu's items have the ids of their
+// captions (win32/editor_ids.h), the Enter Value dialog and the find box.
+constexpr int kEnterValueTitle = 1627;
+constexpr int kEnterValueLabel = 1628;
+constexpr int kFindTitle = 1670;
+constexpr int kFindLabel = 1671;
 }  // namespace tq::sid

@@ -12,6 +12,7 @@
 #include "win32/handles.h"
 #include "win32/list_preview.h"
 #include "win32/text.h"
+#include "support/string_ids.h"
 
 namespace tq::win {
 
@@ -180,7 +181,7 @@ std::int32_t CheckUi::Shown(std::int32_t colour) const {
 
 std::wstring CheckUi::TitleSuffix() const {
   if (vision_ == quality::Vision::Normal) return {};
-  std::wstring text = Text(1640);
+  std::wstring text = Text(sid::kSimulatedSuffix);
   const auto at = text.find(L"%1");
   if (at != std::wstring::npos) text.replace(at, 2, Widen(VisionText(vision_)));
   return text;
@@ -198,7 +199,7 @@ void CheckUi::OpenWindow() {
   }
   if (!editor_.hwnd_ || !editor_.session_ || !RegisterClasses()) return;
   ActivationScope styles;
-  window_ = CreateWindowExW(WS_EX_DLGMODALFRAME | WS_EX_CONTROLPARENT, ids::kCheckClass, Text(1608).c_str(),
+  window_ = CreateWindowExW(WS_EX_DLGMODALFRAME | WS_EX_CONTROLPARENT, ids::kCheckClass, Text(sid::kCheckTitle).c_str(),
                             WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN, 0, 0, 100, 100, editor_.hwnd_,
                             nullptr, ThisModule(), this);
   if (!window_) return;
@@ -229,12 +230,13 @@ void CheckUi::CreateChildren() {
   Child(editor_.static_class_, L"", SS_CENTERIMAGE | SS_NOPREFIX, ids::kChecksSummary,
         {kMargin, kMargin, right, kMargin + kButtonHeight});
   int y = kMargin + kButtonHeight + kGap;
-  label(ids::kFindingsLabel, 1643, {kMargin, y, right, y + kButtonHeight});
+  label(ids::kFindingsLabel, sid::kFindingsLabel, {kMargin, y, right, y + kButtonHeight});
   y += kButtonHeight + kLabelGap;
   list_ = Child(WC_LISTVIEWW, L"", WS_TABSTOP | WS_BORDER | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS,
                 ids::kFindingsList, {kMargin, y, right, y + kListHeight});
   ListView_SetExtendedListViewStyle(list_, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
-  const std::pair<int, int> columns[] = {{1609, 2000}, {1610, 3400}, {1611, 1100}, {1612, 1000}, {1613, 1300}};
+  const std::pair<int, int> columns[] = {{sid::kColumnRule, 2000}, {sid::kColumnColors, 3400}, {sid::kColumnMeasured, 1100},
+                                          {sid::kColumnNeeded, 1000}, {sid::kColumnVision, 1300}};
   for (int c = 0; c < 5; ++c) {
     std::wstring caption = Text(columns[c].first);
     LVCOLUMNW column{};
@@ -246,16 +248,16 @@ void CheckUi::CreateChildren() {
   y += kListHeight + kGap;
   const int label_width = [&] {
     const TextMeter meter(window_, editor_.gdi_->font.get());
-    return MulDiv(meter.Width(Text(1641)), 1440, editor_.dpi_) + kGap;
+    return MulDiv(meter.Width(Text(sid::kVisionLabel)), 1440, editor_.dpi_) + kGap;
   }();
-  label(ids::kVisionLabel, 1641, {kMargin, y, kMargin + label_width, y + kCategoryHeight});
+  label(ids::kVisionLabel, sid::kVisionLabel, {kMargin, y, kMargin + label_width, y + kCategoryHeight});
   HWND combo = Child(editor_.combo_class_, L"", WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST, ids::kVisionCombo,
                      {kMargin + label_width + kGap, y, kMargin + label_width + kGap + kComboWidth, y + kComboDrop});
   for (quality::Vision v : quality::kVisions)
     SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Widen(VisionText(v)).c_str()));
   SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(vision_), 0);
   y += kCategoryHeight + kGap;
-  label(ids::kPreviewLabel, 1642, {kMargin, y, right, y + kButtonHeight});
+  label(ids::kPreviewLabel, sid::kPreviewLabel, {kMargin, y, right, y + kButtonHeight});
   y += kButtonHeight + kLabelGap;
   // Two rows of panels, each a title and three list rows (list_preview.cpp).
   TEXTMETRICW metrics{};
@@ -269,9 +271,9 @@ void CheckUi::CreateChildren() {
   y += preview + kGap;
   const int close_width = [&] {
     const TextMeter meter(window_, editor_.gdi_->font.get());
-    return std::max(kMinButtonWidth, MulDiv(meter.Width(Text(1644)), 1440, editor_.dpi_) + 2 * kGap);
+    return std::max(kMinButtonWidth, MulDiv(meter.Width(Text(sid::kClose)), 1440, editor_.dpi_) + 2 * kGap);
   }();
-  Child(editor_.button_class_, Text(1644), WS_TABSTOP | BS_PUSHBUTTON, ids::kCheckClose,
+  Child(editor_.button_class_, Text(sid::kClose), WS_TABSTOP | BS_PUSHBUTTON, ids::kCheckClose,
         {right - close_width, y, right, y + kButtonRowHeight});
   y += kButtonRowHeight + kMargin;
   RECT outer{0, 0, Px(kCheckWidth), Px(y)};

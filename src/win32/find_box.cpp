@@ -8,6 +8,7 @@
 #include "win32/guard.h"
 #include "win32/handles.h"
 #include "win32/text.h"
+#include "support/string_ids.h"
 
 namespace tq::win {
 
@@ -15,7 +16,6 @@ namespace ids = editor_ids;
 
 namespace {
 
-constexpr int kTitleString = 1670;
 
 std::string EditText(HWND edit) {
   std::wstring text(static_cast<size_t>(GetWindowTextLengthW(edit)) + 1, L'\0');
@@ -77,8 +77,8 @@ HWND OpenFindBox(HWND editor, FindBoxEvents events) {
     delete owned;
     return nullptr;
   }
-  SetWindowTextW(box, Widen(GetString(kTitleString)).c_str());
-  SetDlgItemTextW(box, ids::kFindLabel, Widen(GetString(ids::kFindLabel)).c_str());
+  SetWindowTextW(box, Widen(GetString(sid::kFindTitle)).c_str());
+  SetDlgItemTextW(box, ids::kFindLabel, Widen(GetString(sid::kFindLabel)).c_str());
   // At the editor's top right, over the tab strip's empty end.
   RECT over{}, window{};
   GetWindowRect(editor, &over);

@@ -8,6 +8,7 @@
 #include "support/localization.h"
 #include "win32/handles.h"
 #include "win32/text.h"
+#include "support/string_ids.h"
 
 namespace tq::win {
 
@@ -22,10 +23,13 @@ struct Panel {
 
 // AL2 is painted as AL1: both take the same colours.
 constexpr Panel kPanels[] = {
-    {"AL1", 1647, false, {1653, 1654, 1652}}, {"EL", 1648, false, {1653, 0, 1654}},
-    {"BL", 1649, false, {1655, 1652, 1655}},  {"TTM", 1650, false, {1652, 1657, 1652}},
-    {"MRTM", 1651, false, {1652, 1657, 1652}}, {"TGM", 1658, true, {}},
-    {"MRGM", 1659, true, {}},
+    {"AL1", sid::kAlarmList, false, {sid::kSampleUnacknowledged, sid::kSampleAcknowledged, sid::kSampleNormal}},
+    {"EL", sid::kEventList, false, {sid::kSampleUnacknowledged, 0, sid::kSampleAcknowledged}},
+    {"BL", sid::kBlockingList, false, {sid::kSampleBlocked, sid::kSampleNormal, sid::kSampleBlocked}},
+    {"TTM", sid::kTrendTable, false, {sid::kSampleNormal, sid::kSampleShaded, sid::kSampleNormal}},
+    {"MRTM", sid::kReportTable, false, {sid::kSampleNormal, sid::kSampleShaded, sid::kSampleNormal}},
+    {"TGM", sid::kTrendGraph, true, {}},
+    {"MRGM", sid::kReportGraph, true, {}},
 };
 
 const ColorList* Find(const std::vector<ColorList>& lists, std::string_view name) {

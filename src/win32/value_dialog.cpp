@@ -10,6 +10,7 @@
 #include "win32/guard.h"
 #include "win32/handles.h"
 #include "win32/text.h"
+#include "support/string_ids.h"
 
 namespace tq::win {
 
@@ -17,8 +18,6 @@ namespace ids = editor_ids;
 
 namespace {
 
-constexpr int kTitleString = 1627;
-constexpr int kOkString = 1403, kCancelString = 1404;  // the Save As dialog's
 
 struct ValueState {
   std::int32_t start;
@@ -47,10 +46,10 @@ void DrawSwatch(const DRAWITEMSTRUCT& item, const ValueState& state) {
 }
 
 void OnInit(HWND dialog, ValueState& state) {
-  SetWindowTextW(dialog, Widen(GetString(kTitleString)).c_str());
-  SetDlgItemTextW(dialog, ids::kValueLabel, Widen(GetString(ids::kValueLabel)).c_str());
-  SetDlgItemTextW(dialog, IDOK, Widen(GetString(kOkString)).c_str());
-  SetDlgItemTextW(dialog, IDCANCEL, Widen(GetString(kCancelString)).c_str());
+  SetWindowTextW(dialog, Widen(GetString(sid::kEnterValueTitle)).c_str());
+  SetDlgItemTextW(dialog, ids::kValueLabel, Widen(GetString(sid::kEnterValueLabel)).c_str());
+  SetDlgItemTextW(dialog, IDOK, Widen(GetString(sid::kSaveSchemeOk)).c_str());
+  SetDlgItemTextW(dialog, IDCANCEL, Widen(GetString(sid::kSaveSchemeCancel)).c_str());
   HWND edit = GetDlgItem(dialog, ids::kValueEdit);
   SetWindowTextW(edit, Widen(FormatColourText(state.start)).c_str());
   OnChange(dialog, state);
