@@ -8,32 +8,27 @@
 
 namespace tq {
 
+std::string GetClutVersion(Platform& platform, const std::string& path, bool& found) {
+  std::string bytes;
+  found = false;
+  if (!platform.ReadFile(path, bytes)) return {};
+  const ClutLines first = SplitClutLines(bytes, 1);
+  if (first.lines.empty()) return {};
+  const auto version = ClutVersionOfLine(first.lines[0]);
+  found = version.has_value();
+  return version.value_or(std::string());
+}
+
+std::string GetReferenceClutFile(Platform& platform, const std::string& path, bool must_exist, bool keep_folder) {
+  const std::string full = ReferenceClutPath(path, true);
+  if (must_exist && !platform.FileExists(full)) return {};
+  return keep_folder ? full : ReferenceClutPath(path, false);
+}
+
 std::string ReadDVHome(Platform& platform) { return platform.RegReadString(kDVHomeKey, "DVHOME"); }
-
-std::string GetDVHome(Platform& platform, ColorTableState& state) {
-  std::string home = ReadDVHome(platform);
-  if (home.empty()) {
-    int buttons = kMbOk;
-    platform.ShowMessage(GetString(sid::kNoDVHome), buttons, kMbIconCritical, GetString(sid::kTitle));
-    state.ClutError = true;
-  }
-  return home;
-}
-
-std::string GetDefaultClutFile(Platform& platform, ColorTableState& state) {
-  const std::string home = GetDVHome(platform, state);
-  return home.empty() ? std::string() : home + "\\etc\\" + kDefaultClutName;
-}
 
 std::string InstallationRoot(const std::string& home) {
   return home.size() >= 6 && home.compare(2, 4, "\\sc\\") == 0 ? home.substr(0, 6) : std::string();
-}
-
-void SetClutFileName(Platform& platform, ColorTableState& state, const std::string& value) {
-  state.ClutFileName.clear();
-  std::string path = value.empty() ? GetDefaultClutFile(platform, state) : value;
-  if (!path.empty() && platform.FileExists(path)) path = platform.AbsolutePath(path);
-  state.ClutFileName = path;
 }
 
 void SetColorSchemeFolder(ColorSchemeModule& module, const std::string& folder) {
@@ -96,12 +91,6 @@ int SyncClutFiles(Platform& platform, const std::string& global_folder, const st
   return copied;
 }
 
-int SyncClutFilesFromGlobalToApp(Platform& platform, const ColorSchemeModule& module, ColorTableState& state) {
-  const std::string home = GetDVHome(platform, state);
-  if (home.empty()) return 0;
-  return SyncClutFiles(platform, home + "\\etc\\", module.scheme_folder);
-}
-
 void SetIniPaths(Platform& platform, ColorSchemeModule& m, const std::string& app_folder,
                  const std::string& user_folder) {
   // Read without GetDVHome: a missing value has already been reported by this start-up.
@@ -109,24 +98,6 @@ void SetIniPaths(Platform& platform, ColorSchemeModule& m, const std::string& ap
   m.factory_ini = root.empty() ? std::string() : root + "tq_lib\\defaults\\misc\\default_FrameWindow.ini";
   m.app_ini = app_folder + "FrameWindow.ini";
   m.user_ini = user_folder + "FrameWindow.ini";
-}
-
-std::string InitColorSchemes(Platform& platform, ColorSchemeModule& module, ColorTableState& state,
-                             const std::string& app_folder, const std::string& user_folder,
-                             const std::string& clut_path) {
-  SetColorSchemeFolder(module, app_folder + "ColorSchemes");
-  SyncClutFilesFromGlobalToApp(platform, module, state);
-  SetIniPaths(platform, module, app_folder, user_folder);
-  std::string result = clut_path;
-  if (result.empty()) {
-    result = GetIniClutFile(platform, module, true);
-    if (!result.empty() && !platform.FileExists(result)) {
-      result = GetDefaultClutFile(platform, state);
-      if (!result.empty() && !platform.FileExists(result)) result.clear();
-    }
-  }
-  SetClutFileName(platform, state, result);
-  return result;
 }
 
 std::string GetIniClutFile(Platform& platform, ColorSchemeModule& m, bool remember) {

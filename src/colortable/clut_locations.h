@@ -10,13 +10,18 @@
 #include <string>
 #include <vector>
 
-#include "colortable/color_table.h"
+#include "colortable/clut_format.h"
 #include "support/platform.h"
 
 namespace tq {
 
 constexpr const char* kDVHomeKey = "SOFTWARE\\DataViews\\DVtools\\2.6";
 constexpr int kMaxColorSchemes = 50;
+
+// The version of a file from its line 1; found is false without a marker or file.
+std::string GetClutVersion(Platform& platform, const std::string& path, bool& found);
+// The reference file of `path` (see ReferenceClutPath); with must_exist "" when absent.
+std::string GetReferenceClutFile(Platform& platform, const std::string& path, bool must_exist, bool keep_folder);
 
 struct ColorSchemeModule {
   std::string scheme_folder;  // with trailing "\", "" until set
@@ -27,16 +32,9 @@ struct ColorSchemeModule {
 
 // The toolkit home from the registry ("" when missing), without a word to the user.
 std::string ReadDVHome(Platform& platform);
-// The same; "" with message 1315 and ClutError when missing.
-std::string GetDVHome(Platform& platform, ColorTableState& state);
-// home + "\etc\QLT830_colors.clut", or "" without a home.
-std::string GetDefaultClutFile(Platform& platform, ColorTableState& state);
 // "C:\sc\" when the home has "\sc\" at character 3, else "".
 std::string InstallationRoot(const std::string& home);
 
-// The ClutFileName setter: "" means the default file; an existing file is stored by
-// its absolute path, a missing one as given.
-void SetClutFileName(Platform& platform, ColorTableState& state, const std::string& value);
 
 // Appends "\"; "" leaves the folder unchanged.
 void SetColorSchemeFolder(ColorSchemeModule& module, const std::string& folder);
@@ -49,16 +47,10 @@ std::string GetColorSchemeFolder(const ColorSchemeModule& module);
 // copied table and refreshed reference is reported (call 2). Returns the number of
 // files copied.
 int SyncClutFiles(Platform& platform, const std::string& global_folder, const std::string& scheme_folder);
-// The same from GetDVHome + "\etc\" into the module's scheme folder.
-int SyncClutFilesFromGlobalToApp(Platform& platform, const ColorSchemeModule& module, ColorTableState& state);
 
 // AppFolder and UserFolder end with "\".
 void SetIniPaths(Platform& platform, ColorSchemeModule& module, const std::string& app_folder,
                  const std::string& user_folder);
-// Sets the scheme folder, synchronises, sets the INI paths and resolves ClutFileName.
-std::string InitColorSchemes(Platform& platform, ColorSchemeModule& module, ColorTableState& state,
-                             const std::string& app_folder, const std::string& user_folder,
-                             const std::string& clut_path);
 
 // The colour table named by FrameWindow.ini (user, application, factory).
 std::string GetIniClutFile(Platform& platform, ColorSchemeModule& module, bool remember);

@@ -120,22 +120,7 @@ bool SaveColorTable(Platform& platform, ColorTableState& state) {
   return true;
 }
 
-std::string GetClutVersion(Platform& platform, const std::string& path, bool& found) {
-  std::string bytes;
-  found = false;
-  if (!platform.ReadFile(path, bytes)) return {};
-  const ClutLines first = SplitClutLines(bytes, 1);
-  if (first.lines.empty()) return {};
-  const auto version = ClutVersionOfLine(first.lines[0]);
-  found = version.has_value();
-  return version.value_or(std::string());
-}
 
-std::string GetReferenceClutFile(Platform& platform, const std::string& path, bool must_exist, bool keep_folder) {
-  const std::string full = ReferenceClutPath(path, true);
-  if (must_exist && !platform.FileExists(full)) return {};
-  return keep_folder ? full : ReferenceClutPath(path, false);
-}
 
 void CheckClutVersion(Platform& platform, const ColorSchemeModule& module, ColorTableState& state,
                       bool require_existing, LoadReport report) {
@@ -167,6 +152,52 @@ void CheckClutVersion(Platform& platform, const ColorSchemeModule& module, Color
   if (home.empty()) return;  // "\etc\<name>" would name nothing useful
   const std::string global = home + "\\etc\\" + FileNameOf(path);
   if (platform.FileExists(global)) platform.CopyFileTo(path, global, true);
+}
+
+std::string GetDVHome(Platform& platform, ColorTableState& state) {
+  std::string home = ReadDVHome(platform);
+  if (home.empty()) {
+    int buttons = kMbOk;
+    platform.ShowMessage(GetString(sid::kNoDVHome), buttons, kMbIconCritical, GetString(sid::kTitle));
+    state.ClutError = true;
+  }
+  return home;
+}
+
+std::string GetDefaultClutFile(Platform& platform, ColorTableState& state) {
+  const std::string home = GetDVHome(platform, state);
+  return home.empty() ? std::string() : home + "\\etc\\" + kDefaultClutName;
+}
+
+void SetClutFileName(Platform& platform, ColorTableState& state, const std::string& value) {
+  state.ClutFileName.clear();
+  std::string path = value.empty() ? GetDefaultClutFile(platform, state) : value;
+  if (!path.empty() && platform.FileExists(path)) path = platform.AbsolutePath(path);
+  state.ClutFileName = path;
+}
+
+int SyncClutFilesFromGlobalToApp(Platform& platform, const ColorSchemeModule& module, ColorTableState& state) {
+  const std::string home = GetDVHome(platform, state);
+  if (home.empty()) return 0;
+  return SyncClutFiles(platform, home + "\\etc\\", module.scheme_folder);
+}
+
+std::string InitColorSchemes(Platform& platform, ColorSchemeModule& module, ColorTableState& state,
+                             const std::string& app_folder, const std::string& user_folder,
+                             const std::string& clut_path) {
+  SetColorSchemeFolder(module, app_folder + "ColorSchemes");
+  SyncClutFilesFromGlobalToApp(platform, module, state);
+  SetIniPaths(platform, module, app_folder, user_folder);
+  std::string result = clut_path;
+  if (result.empty()) {
+    result = GetIniClutFile(platform, module, true);
+    if (!result.empty() && !platform.FileExists(result)) {
+      result = GetDefaultClutFile(platform, state);
+      if (!result.empty() && !platform.FileExists(result)) result.clear();
+    }
+  }
+  SetClutFileName(platform, state, result);
+  return result;
 }
 
 }  // namespace tq

@@ -70,11 +70,7 @@ ClutNewLines BuildClutSaveLines(const ColorTableState& state);
 // as it was and the new file is gone.
 IoStatus ReplaceFileContent(Platform& platform, const std::string& target, std::string_view bytes);
 
-// The version of a file from its line 1; found is false without a marker or file.
-std::string GetClutVersion(Platform& platform, const std::string& path, bool& found);
 
-// The reference file of `path` (see ReferenceClutPath); with must_exist "" when absent.
-std::string GetReferenceClutFile(Platform& platform, const std::string& path, bool must_exist, bool keep_folder);
 
 // The check before every load. A file of another version than "93.07" is read once,
 // upgraded from its reference file and re-marked in one pure step, and replaced once:
@@ -85,5 +81,27 @@ std::string GetReferenceClutFile(Platform& platform, const std::string& path, bo
 // same-named file in the toolkit's etc folder when one is there.
 void CheckClutVersion(Platform& platform, const ColorSchemeModule& module, ColorTableState& state,
                       bool require_existing, LoadReport report);
+
+
+// ---- The table's file among the toolkit's folders (clut_locations.h) ----
+
+// The toolkit home (ReadDVHome); "" with message 1315 and ClutError when missing.
+std::string GetDVHome(Platform& platform, ColorTableState& state);
+
+// home + "\etc\QLT830_colors.clut", or "" without a home.
+std::string GetDefaultClutFile(Platform& platform, ColorTableState& state);
+
+// The ClutFileName setter: "" means the default file; an existing file is stored by
+// its absolute path, a missing one as given.
+void SetClutFileName(Platform& platform, ColorTableState& state, const std::string& value);
+
+// SyncClutFiles from GetDVHome + "\etc\" into the module's scheme folder.
+int SyncClutFilesFromGlobalToApp(Platform& platform, const ColorSchemeModule& module, ColorTableState& state);
+
+// Sets the scheme folder, synchronises, sets the INI paths and resolves ClutFileName.
+std::string InitColorSchemes(Platform& platform, ColorSchemeModule& module, ColorTableState& state,
+                             const std::string& app_folder, const std::string& user_folder,
+                             const std::string& clut_path);
+
 
 }  // namespace tq
