@@ -8,15 +8,8 @@
 
 #include "colortable/clut_format.h"
 #include "common/test_platform.h"
-#include "tqclut/tqclut.h"
-#ifdef _WIN32
-#include "common/win_test_support.h"
-#else
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include "locking/lock_file_creator.h"
-#endif
+#include "tqclut/tqclut.h"
 
 namespace tq {
 namespace {
@@ -145,20 +138,15 @@ TEST_F(Tqclut, ImportAfterExportGivesTheSameColoursAndUpgradeKeepsWhatTheUserSet
   // An old table and its reference: the upgrade takes the changed indexes from the reference.
   lines = SplitClutLines(factory_).lines;
   lines[0] = "  0    0    0  # 0: Black Version=93.05";
-  for (int i : {17, 18, 26, 100}) lines[i] = FormatClutLine(i, 0x0A0B0C) + "  # old " + std::to_string(i);
+  for (int i : {18, 26, 100}) lines[i] = FormatClutLine(i, 0x0A0B0C) + "  # old " + std::to_string(i);
   const std::string old = Write("old.clut", JoinClutLines(lines));
-  const std::string before = Write("before.clut", JoinClutLines(lines));
   Write("old$clut", factory_);
   const Result upgrade = Run({"upgrade", old});  // without a toolkit home: nothing to say about it
   EXPECT_EQ(upgrade.code, kExitClean) << upgrade.err;
   EXPECT_EQ(upgrade.out, old + ": version 93.05 -> 93.07 (changed colours taken from old$clut)\n");
   EXPECT_NE(Run({"check", old}).out.find("93.07 (current)"), std::string::npos);
-  const Result changes = Run({"diff", before, old});
-  EXPECT_EQ(changes.code, kExitFindings);
-  // 18, 26 and 100 changed their meaning since 93.05; 17 did not.
-  for (const char* line : {" 18  #0C0B0A     -> ", " 26  #0C0B0A     -> ", "100  #0C0B0A     -> "})
-    EXPECT_NE(changes.out.find(line), std::string::npos) << changes.out;
-  EXPECT_EQ(changes.out.find(" 17  "), std::string::npos) << changes.out;
+  // The editor's upgrade did it (which indexes it takes is the colour table's own test).
+  EXPECT_EQ(SplitClutLines(Read(old)).lines[18], SplitClutLines(factory_).lines[18]);
   EXPECT_EQ(Run({"upgrade", old}).out, old + ": already version 93.07\n");
 
   // A short table: the advice given is one that works.
@@ -318,34 +306,9 @@ TEST_F(Tqclut, FoldersGiveOneLinePerTableAndASummaryAndTheWorstExitCode) {
 
 TEST_F(Tqclut, AWriteIsRefusedNamingTheLocksHolderOrWhyNoLockFileCouldBeMade) {
   const std::string table = Write("QLT830_colors.clut", factory_);
-#ifdef _WIN32
-  test::HelperProcess holder("hold-lock", {table, "Other Display", "operator7", "20000"});
-  ASSERT_TRUE(holder.ready());
-#else
-  int ready[2];
-  ASSERT_EQ(::pipe(ready), 0);
-  const pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {  // the other process: holds the lock until the test ends it
-    posix::PosixPlatform platform;
-    clsLockFileCreator lock(platform);
-    std::string app = "Other Display", user = "operator7";
-    const bool locked = lock.CreateLockFile(table, app, user, LockMode::Open, true) == LockResult::Locked;
-    (void)!::write(ready[1], locked ? "1" : "0", 1);
-    ::pause();
-    ::_exit(0);
-  }
-  char locked = '0';
-  ASSERT_EQ(::read(ready[0], &locked, 1), 1);
-  ASSERT_EQ(locked, '1');
-  struct Reaper {
-    pid_t pid;
-    ~Reaper() {
-      ::kill(pid, SIGKILL);
-      ::waitpid(pid, nullptr, 0);
-    }
-  } reaper{child};
-#endif
+  clsLockFileCreator holder(p_);  // another editor, which tqclut meets only through the lock file
+  std::string holder_app = "Other Display", holder_user = "operator7";
+  ASSERT_EQ(holder.CreateLockFile(table, holder_app, holder_user, LockMode::Open, true), LockResult::Locked);
   p_.allow_unscripted = true;  // the refusal is a message; tqclut's console answers it
   const std::string ini = Write("colours.ini", "[Logical Colors]\r\nIndex_23=1 2 3\r\n");
   for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
