@@ -92,12 +92,6 @@ TEST(QualitySimulation, MixesChannelsInLinearLightAndKeepsGreys) {
     for (int grey : {0, 64, 128, 200, 255}) EXPECT_EQ(Simulate(Rgb(grey, grey, grey), vision), Rgb(grey, grey, grey));
 }
 
-ColourTable Uniform(std::int32_t colour) {
-  ColourTable t;
-  t.fill(colour);
-  return t;
-}
-
 TEST(QualityRules, PairUpAsTheRuleSaysAndSetAsideUnusableColours) {
   for (const Rule& rule : Rules()) {
     std::set<int> named;
@@ -107,7 +101,8 @@ TEST(QualityRules, PairUpAsTheRuleSaysAndSetAsideUnusableColours) {
         EXPECT_TRUE(named.insert(index).second) << rule.id << " names " << index << " twice";
       }
   }
-  ColourTable t = Uniform(Rgb(128, 128, 128));
+  ColourTable t;
+  t.fill(Rgb(128, 128, 128));
   t[45] = kClutNotDefined;
   t[256] = kClutUnreadable;
   std::map<std::string_view, int> measured;
