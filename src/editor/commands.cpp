@@ -133,6 +133,7 @@ void frmTqColorSetting::ApplySchemeFile(const std::string& path, bool reload) {
   ColorThemeChanged = true;
   platform_->HostCall(kHostFileNotice, ClutFileName());
   ColorsChanged = false;
+  history_.Clear();
 }
 
 // ---- Save As ----
@@ -202,6 +203,7 @@ void frmTqColorSetting::cmdSave_Click() {
   }
   ColorsSaved = true;
   ColorsChanged = false;
+  history_.Clear();
   platform_->HostCall(kHostFileNotice, name);
 }
 
@@ -241,6 +243,7 @@ void frmTqColorSetting::miRestoreDefaults_Click() {
   ColorTableState restored = table_;
   restored.ClutFileName = RestoreDefaultsSource(*platform_, ClutFileName());
   if (!LoadColorTable(*platform_, schemes_, restored, true, LoadReport::ToUser)) return;
+  history_.Record(ColourRows::Of(table_), ColourRows::Of(restored));
   table_.rows = restored.rows;
   table_.ColorIndexValue = restored.ColorIndexValue;
   ColorsChanged = true;
@@ -308,6 +311,7 @@ void frmTqColorSetting::miImport_Click() {
 
 void frmTqColorSetting::ImportIniFile() {
   if (ini_file_name_.empty() || !platform_->FileExists(ini_file_name_)) return;
+  const ColourRows before = ColourRows::Of(table_);
   for (int index = 0; index < kClutIndexCount; ++index) {
     if (!IsIndexShown(index)) continue;
     const std::string value = platform_->IniRead(kLogicalColorsSection, LogicalColorsKey(index), ini_file_name_);
@@ -323,6 +327,7 @@ void frmTqColorSetting::ImportIniFile() {
       ColorsChanged = true;
     }
   }
+  history_.Record(before, ColourRows::Of(table_));
 }
 
 }  // namespace tq

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <cstdio>
 #include <string_view>
+#include <utility>
 
 #include "support/platform.h"
 
@@ -97,22 +98,27 @@ VoltageLevels FetchVoltageLevels(HostLink* host) {
   return levels;
 }
 
-std::string ColorListExpression(const ColorTableArray& table) {
-  std::string lists[std::size(kListNames)];
-  for (const ListItem& item : kListItems) {
-    const std::int32_t value = table[item.index];
-    if (!IsSent(item.index, value)) continue;
-    for (std::size_t l = 0; l < std::size(kListNames); ++l) {
-      if (!(item.lists & (1u << l))) continue;
-      if (!lists[l].empty()) lists[l] += ",";
-      lists[l] += std::string(item.key) + std::to_string(value);
-    }
-  }
-  std::string body;
+std::vector<ColorList> ColorLists(const ColorTableArray& table) {
+  std::vector<ColorList> lists;
   for (std::size_t l = 0; l < std::size(kListNames); ++l) {
-    if (lists[l].empty()) continue;
+    ColorList list{kListNames[l], {}};
+    for (const ListItem& item : kListItems) {
+      const std::int32_t value = table[item.index];
+      if ((item.lists & (1u << l)) && IsSent(item.index, value)) list.items.push_back({item.key, value});
+    }
+    if (!list.items.empty()) lists.push_back(std::move(list));
+  }
+  return lists;
+}
+
+std::string ColorListExpression(const ColorTableArray& table) {
+  std::string body;
+  for (const ColorList& list : ColorLists(table)) {
     if (!body.empty()) body += ",";
-    body += std::string(kListNames[l]) + "=LIST(" + lists[l] + ")";
+    body += std::string(list.name) + "=LIST(";
+    for (std::size_t i = 0; i < list.items.size(); ++i)
+      body += (i ? "," : "") + std::string(list.items[i].key) + std::to_string(list.items[i].value);
+    body += ")";
   }
   return body.empty() ? "" : "#return LIST(" + body + ")";
 }

@@ -9,6 +9,8 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "colortable/color_table.h"
 #include "editor/catalogue.h"
@@ -33,8 +35,19 @@ VoltageLevels FetchVoltageLevels(HostLink* host);
 
 // ---- Colour lists --------------------------------------------------------------
 
-// "#return LIST(AL1=LIST(BG=...),...)" from the list-display colours of the table;
-// "" when no colour is to be sent.
+// The colour lists of the host's list displays, as they are sent: each list ("AL1",
+// "EL", ...) with its keys ("BG=", "TXT=", ...) and values, in the order sent; lists
+// without a colour to send are left out. The editor's preview paints from these too.
+struct ColorList {
+  std::string_view name;
+  struct Item {
+    std::string_view key;
+    std::int32_t value;
+  };
+  std::vector<Item> items;
+};
+std::vector<ColorList> ColorLists(const ColorTableArray& table);
+// "#return LIST(AL1=LIST(BG=...),...)" from ColorLists; "" when no colour is to be sent.
 std::string ColorListExpression(const ColorTableArray& table);
 // Sends the expression with host call 6 (evaluate, then "ColorSchemeLoaded");
 // nothing without a host or without colours to send.

@@ -312,7 +312,9 @@ std::int32_t frmTqColorSetting::GetRowColor(int row) const {
 void frmTqColorSetting::ColorPicked(int row, std::optional<std::int32_t> chosen) {
   const int index = FindColorRow(table_.ColorRowMap, row);
   if (!chosen || index < 0) return;
+  const ColourRows before = ColourRows::Of(table_);
   ShowColorRow(row, *chosen, index, kRowColour);
+  history_.Record(before, ColourRows::Of(table_));
   ColorsChanged = true;  // also for the same colour confirmed again
 }
 
@@ -323,6 +325,7 @@ void frmTqColorSetting::cmdOK_Click() {
     table_.ClutError = false;  // the user has seen why and may try again
     return;
   }
+  history_.Clear();
   if (view_) view_->Close();
 }
 
@@ -346,6 +349,7 @@ void frmTqColorSetting::LoadForm() {
   voltage_names_ = InitColorRowMap(table_.ColorRowMap, table_.ColorIndexValue, FetchVoltageLevels(platform_->Host()),
                                    PipelineEnabled);
   table_.rows.fill(RowColour());
+  history_.Clear();
   LockFileCreated = ColorsChanged = ColorThemeChanged = ColorsSaved = false;
   DlgReturnValue(false);
   enablement_ = EnableDecision();

@@ -20,6 +20,7 @@
 #include "colortable/clut_locations.h"
 #include "colortable/color_table.h"
 #include "editor/catalogue.h"
+#include "editor/history.h"
 #include "support/platform.h"
 
 namespace tq {
@@ -280,6 +281,26 @@ class frmTqColorSetting {
   // The window is asked to close; kUnloadFromControlMenu acts as Cancel.
   void QueryUnload(int unloadMode);
 
+  // ---- Editing comforts beside the editor's own commands (colour_edits.cpp) ----
+  // Each changes colours only when the colour buttons are enabled, and is one step
+  // of undo. A row's colour from a paste or a typed value:
+  bool SetRowColour(int row, std::int32_t colour);
+  // The row's colour in the file Restore Defaults reads; nullopt when there is none.
+  std::optional<std::int32_t> FactoryColour(int row);
+  bool ResetRowToFactory(int row);
+  bool CanUndo() const { return enablement_.colour_buttons && history_.CanUndo(); }
+  bool CanRedo() const { return enablement_.colour_buttons && history_.CanRedo(); }
+  bool Undo();
+  bool Redo();
+  // The rows whose name (in the editor's language, ignoring case) holds `text`, or
+  // whose colour index it is, in the order the tabs and categories show them.
+  struct RowMatch {
+    int position;  // in the tab strip
+    int category;  // in the page's category list; -1 for a page without one
+    int row;
+  };
+  std::vector<RowMatch> FindRows(const std::string& text);
+
   // ---- The window's life ----
   void LoadForm();  // the load handler, unless already loaded
   void UnloadForm();
@@ -336,6 +357,7 @@ class frmTqColorSetting {
   int last_scheme_index_ = 0;  // the list position last acted on
   bool filling_ = false;       // the program sets the selection
   std::string file_dialog_folder_;  // where the next file dialog starts
+  ColourHistory history_;  // the colour changes since the file was opened or saved
   // What the host sent while the editor was open, applied in order when it closes.
   std::vector<std::function<void()>> held_;
   void ApplyHeld();

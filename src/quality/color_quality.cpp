@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <numbers>
 
 
@@ -250,7 +251,7 @@ std::vector<Pair> PairsOf(const Rule& rule) {
 
 }  // namespace
 
-std::vector<Finding> Check(const ColourTable& colours, const NameOf& name_of) {
+std::vector<Finding> CheckRule(const Rule& rule, const ColourTable& colours, const NameOf& name_of) {
   std::array<std::string, kClutIndexCount> names;
   std::array<bool, kClutIndexCount> named{};
   auto name = [&](int index) -> const std::string& {
@@ -262,27 +263,34 @@ std::vector<Finding> Check(const ColourTable& colours, const NameOf& name_of) {
   };
 
   std::vector<Finding> findings;
-  for (const Rule& rule : Rules()) {
-    // A rule names each index once, so each unusable one is reported once.
-    for (const auto& list : rule.lists)
-      for (int index : list) {
-        if (Usable(colours[index])) continue;
-        findings.push_back({rule.id, {index}, {name(index)}, VisionName(Vision::Normal), rule.measure,
-                            double(colours[index]), rule.minimum, false, false, false});
-      }
-    const std::vector<Pair> pairs = PairsOf(rule);
-    for (Vision vision : kVisions) {
-      if (vision != Vision::Normal && !rule.all_visions) break;
-      for (const Pair& p : pairs) {
-        const std::int32_t a = colours[p.first], b = colours[p.second];
-        if (!Usable(a) || !Usable(b)) continue;
-        const std::int32_t sa = Simulate(a, vision), sb = Simulate(b, vision);
-        const double value = rule.measure == Measure::Contrast ? ContrastRatio(sa, sb) : Ciede2000(sa, sb);
-        findings.push_back({rule.id, {p.first, p.second}, {name(p.first), name(p.second)}, VisionName(vision),
-                            rule.measure, value, rule.minimum, true, value >= rule.minimum,
-                            rule.enhanced > 0 && value >= rule.enhanced});
-      }
+  // A rule names each index once, so each unusable one is reported once.
+  for (const auto& list : rule.lists)
+    for (int index : list) {
+      if (Usable(colours[index])) continue;
+      findings.push_back({rule.id, {index}, {name(index)}, VisionName(Vision::Normal), rule.measure,
+                          double(colours[index]), rule.minimum, false, false, false});
     }
+  const std::vector<Pair> pairs = PairsOf(rule);
+  for (Vision vision : kVisions) {
+    if (vision != Vision::Normal && !rule.all_visions) break;
+    for (const Pair& p : pairs) {
+      const std::int32_t a = colours[p.first], b = colours[p.second];
+      if (!Usable(a) || !Usable(b)) continue;
+      const std::int32_t sa = Simulate(a, vision), sb = Simulate(b, vision);
+      const double value = rule.measure == Measure::Contrast ? ContrastRatio(sa, sb) : Ciede2000(sa, sb);
+      findings.push_back({rule.id, {p.first, p.second}, {name(p.first), name(p.second)}, VisionName(vision),
+                          rule.measure, value, rule.minimum, true, value >= rule.minimum,
+                          rule.enhanced > 0 && value >= rule.enhanced});
+    }
+  }
+  return findings;
+}
+
+std::vector<Finding> Check(const ColourTable& colours, const NameOf& name_of) {
+  std::vector<Finding> findings;
+  for (const Rule& rule : Rules()) {
+    std::vector<Finding> found = CheckRule(rule, colours, name_of);
+    findings.insert(findings.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
   }
   return findings;
 }

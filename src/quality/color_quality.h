@@ -106,6 +106,8 @@ using NameOf = std::function<std::string(int index)>;
 // Runs every rule on a table. Pairs with an unusable colour are left out; the index
 // gets one finding per rule instead, with checked false.
 std::vector<Finding> Check(const ColourTable& colours, const NameOf& name_of);
+// The same for one rule (Check is every rule's findings in the order of Rules()).
+std::vector<Finding> CheckRule(const Rule& rule, const ColourTable& colours, const NameOf& name_of);
 
 // One line for a report, e.g. "FAIL text.alarm_list: 258 Alarm Display: Text /
 // 256 Alarm Display: Background: contrast 3.20 < 4.50 (normal)".

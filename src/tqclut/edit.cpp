@@ -5,6 +5,7 @@
 #include "colortable/clut_format.h"
 #include "colortable/clut_locations.h"
 #include "colortable/color_table.h"
+#include "support/colour_text.h"
 #include "support/utils.h"
 #include "tqclut/tool.h"
 #include "tqclut/tqclut.h"
@@ -19,13 +20,13 @@ int RunSet(Context& c) {
   const Table table = ReadTable(c.platform, path, Use::Write);
   const std::string what = path + ": " + std::to_string(index) + " " + Label(index) + ": ";
   if (table.values[index] == colour) {
-    c.out << what << "already " << Hex(colour) << "; nothing was written\n";
+    c.out << what << "already " << FormatColourText(colour) << "; nothing was written\n";
     return kExitClean;
   }
   ClutNewLines new_lines;
   new_lines[index] = FormatClutLine(index, colour);
   SaveLines(c.platform, table, new_lines);
-  c.out << what << Describe(table.values[index]) << " -> " << Hex(colour) << "\n";
+  c.out << what << Describe(table.values[index]) << " -> " << FormatColourText(colour) << "\n";
   return kExitClean;
 }
 

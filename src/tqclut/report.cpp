@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "editor/catalogue.h"
+#include "support/colour_text.h"
 #include "support/localization.h"
 #include "tqclut/tqclut.h"
 
@@ -26,22 +27,16 @@ std::string Html(std::string_view text) {
   return out;
 }
 
-std::string Hex(std::int32_t colour) {
-  char text[8];
-  std::snprintf(text, sizeof text, "#%02X%02X%02X", colour & 0xFF, (colour >> 8) & 0xFF, (colour >> 16) & 0xFF);
-  return text;
-}
-
 bool Usable(std::int32_t colour) { return colour >= 0; }
 
 // The colour as a reader should see it: hatched red on white for the two states
 // without a colour.
 std::string Fill(std::int32_t colour) {
-  return Usable(colour) ? "background:" + Hex(colour) : "background:repeating-linear-gradient(45deg,#fff 0 5px,#c00 5px 7px)";
+  return Usable(colour) ? "background:" + FormatColourText(colour) : "background:repeating-linear-gradient(45deg,#fff 0 5px,#c00 5px 7px)";
 }
 
 std::string Describe(std::int32_t colour) {
-  return colour == kClutNotDefined ? "not defined" : Usable(colour) ? Hex(colour) : "unreadable";
+  return colour == kClutNotDefined ? "not defined" : Usable(colour) ? FormatColourText(colour) : "unreadable";
 }
 
 std::string Swatch(int index, std::int32_t colour, std::string_view attributes = {}, std::string_view style = {}) {
@@ -67,7 +62,7 @@ std::string ColoursByTab(const quality::ColourTable& colours) {
   std::string out = "<h2 id=\"colours\">Colours by tab</h2>\n";
   // What the status, network, state and pipeline tabs colour is drawn on the process
   // display background: their swatches are framed by it.
-  const std::string framed = Usable(colours[23]) ? ";outline:6px solid " + Hex(colours[23]) + ";margin:6px" : "";
+  const std::string framed = Usable(colours[23]) ? ";outline:6px solid " + FormatColourText(colours[23]) + ";margin:6px" : "";
   for (const int page : TabStrip(true)) {
     const bool on_background = page == 0 || page == 1 || page == 10 || page == 11;
     std::string frames;
@@ -106,7 +101,7 @@ std::string Findings(const quality::ColourTable& colours, const std::vector<Find
       // The foreground as it is drawn: a bar and a word on its background.
       const std::int32_t fg = colours[f.indexes[0]], bg = colours[f.indexes[1]];
       sample = "<span class=\"on\" data-index=\"" + std::to_string(f.indexes[1]) + "\" style=\"" + Fill(bg) +
-               ";color:" + Hex(fg) + "\">" + Swatch(f.indexes[0], fg, " data-bar=\"1\"") + "Text</span>";
+               ";color:" + FormatColourText(fg) + "\">" + Swatch(f.indexes[0], fg, " data-bar=\"1\"") + "Text</span>";
     } else {
       // The pair side by side as the finding's vision sees them.
       const Vision vision = f.vision == "protanopia"     ? Vision::Protanopia
@@ -139,7 +134,7 @@ std::string Visions(const quality::ColourTable& colours) {
     out += "<tr><td>" + std::to_string(index) + " " + Html(names.Label(index)) + "</td>";
     for (const Vision vision : quality::kVisions) {
       const std::string name(quality::VisionName(vision));
-      out += "<td style=\"background:" + Hex(quality::Simulate(background, vision)) + "\">" +
+      out += "<td style=\"background:" + FormatColourText(quality::Simulate(background, vision)) + "\">" +
              Swatch(index, quality::Simulate(colours[index], vision), " data-vision=\"" + name + "\"") + "</td>";
     }
     out += "</tr>\n";

@@ -7,6 +7,7 @@
 #include "colortable/clut_locations.h"
 #include "colortable/color_table.h"
 #include "locking/lock_file.h"
+#include "support/colour_text.h"
 #include "support/utils.h"
 #include "tqclut/tool.h"
 #include "tqclut/tqclut.h"
@@ -74,16 +75,11 @@ std::string Label(int index) {
 
 // ---- Values ------------------------------------------------------------------------
 
-std::string Hex(std::int32_t colour) {
-  char text[8];
-  std::snprintf(text, sizeof text, "#%02X%02X%02X", colour & 0xFF, (colour >> 8) & 0xFF, (colour >> 16) & 0xFF);
-  return text;
-}
 
 std::string Describe(std::int32_t value) {
   if (value == kClutUnreadable) return "unreadable";
   if (value == kClutNotDefined) return "not defined";
-  return Hex(value);
+  return FormatColourText(value);
 }
 
 std::optional<int> ParseInt(std::string_view text) {
@@ -110,39 +106,8 @@ std::string_view Trim(std::string_view text) {
 std::int32_t ParseColour(const std::vector<std::string>& parts) {
   std::string text;
   for (const std::string& part : parts) text += (text.empty() ? "" : " ") + part;
-  const auto bad = [&] {
-    return Failure{"\"" + text + "\" is not a colour: write #RRGGBB, \"R G B\" or R,G,B with each part 0 to 255"};
-  };
-  if (text.size() == 7 && text[0] == '#') {
-    unsigned rgb = 0;
-    const auto [end, error] = std::from_chars(text.data() + 1, text.data() + 7, rgb, 16);
-    if (error != std::errc() || end != text.data() + 7) throw bad();
-    return static_cast<std::int32_t>(((rgb >> 16) & 0xFF) | (rgb & 0xFF00) | ((rgb & 0xFF) << 16));
-  }
-  std::vector<std::string_view> fields;
-  const std::string_view all = text;
-  if (all.find(',') != std::string_view::npos) {
-    for (std::size_t start = 0;;) {  // every comma separates two fields: "1,,2" has three
-      const std::size_t comma = all.find(',', start);
-      fields.push_back(Trim(all.substr(start, comma == std::string_view::npos ? std::string_view::npos : comma - start)));
-      if (comma == std::string_view::npos) break;
-      start = comma + 1;
-    }
-  } else {
-    for (std::size_t start = 0; start < all.size();) {
-      const std::size_t end = std::min(all.find(' ', start), all.size());
-      if (end > start) fields.push_back(all.substr(start, end - start));
-      start = end + 1;
-    }
-  }
-  if (fields.size() != 3) throw bad();
-  int rgb[3];
-  for (int i = 0; i < 3; ++i) {
-    const std::optional<int> value = ParseInt(fields[i]);
-    if (!value || *value < 0 || *value > 255) throw bad();
-    rgb[i] = *value;
-  }
-  return rgb[0] | (rgb[1] << 8) | (rgb[2] << 16);
+  if (const std::optional<std::int32_t> colour = ParseColourText(text)) return *colour;
+  throw Failure{"\"" + text + "\" is not a colour: write #RRGGBB, RRGGBB, \"R G B\" or R,G,B with each part 0 to 255"};
 }
 
 // ---- Writing -----------------------------------------------------------------------

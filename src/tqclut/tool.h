@@ -73,7 +73,6 @@ void SaveLines(Platform& platform, const Table& table, const ClutNewLines& new_l
 const IndexCatalogue& Names();
 // The name for a listing; an index no row shows says so.
 std::string Label(int index);
-std::string Hex(std::int32_t colour);
 // "#RRGGBB", "unreadable" or "not defined".
 std::string Describe(std::int32_t value);
 std::optional<int> ParseInt(std::string_view text);
@@ -83,7 +82,8 @@ std::string_view Trim(std::string_view text);
 // most 16 bytes (a file without LF is one line, and its "version" would be the file).
 std::string ShownVersion(const std::string& version);
 int ParseIndex(const std::string& text);
-// "#RRGGBB", "R G B" (one argument or three) or "R,G,B": exactly three parts.
+// A colour as the editor reads one typed or pasted ("#RRGGBB", "RRGGBB", "R G B" in one
+// argument or three, "R,G,B"); anything else fails.
 std::int32_t ParseColour(const std::vector<std::string>& parts);
 
 // ---- JSON ------------------------------------------------------------------------------

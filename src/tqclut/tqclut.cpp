@@ -41,7 +41,7 @@ constexpr Command kCommands[] = {
      "and the status and alarm colours as protanopes, deuteranopes and tritanopes see them next to normal vision. "
      "One HTML file that needs nothing else (no scripts, no other files); on standard output without -o.",
      1, 1, kOutput, RunReport},
-    {"set", "set FILE INDEX COLOUR", "Sets one colour (COLOUR: #RRGGBB, \"R G B\" or R,G,B), keeping every other "
+    {"set", "set FILE INDEX COLOUR", "Sets one colour (COLOUR: #RRGGBB, RRGGBB, \"R G B\" or R,G,B), keeping every other "
      "line, comment and line end. Takes the file's lock as the editor does; writes nothing when the colour is "
      "already set.", 3, 5, 0, RunSet},
     {"export", "export FILE INI", "Writes the colours the editor shows into INI, section \"Logical Colors\", keys "

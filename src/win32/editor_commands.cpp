@@ -10,6 +10,7 @@
 
 #include "colortable/clut_locations.h"
 #include "support/utils.h"
+#include "win32/check_window.h"
 #include "win32/editor_ids.h"
 #include "win32/editor_parts.h"
 #include "win32/guard.h"
@@ -40,6 +41,7 @@ void EditorWindow::ShowModal(frmTqColorSetting& session) {
 
 void EditorWindow::RunModal() {
   ApplyEnablement();  // first: the frames ApplySelection builds take the buttons' state
+  checks_->Reset();
   ApplySelection();
   // Centred over the owner (or the screen's work area), like a dialog.
   RECT area, window;
@@ -92,7 +94,7 @@ void EditorWindow::RunModal() {
     // which would cost a property lookup on every message of every row.
     if (msg.message >= WM_MOUSEFIRST && msg.message <= WM_MOUSELAST && tooltip_)
       SendMessageW(tooltip_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&msg));
-    if (PreTranslate(msg) || IsDialogMessageW(hwnd_, &msg)) continue;
+    if (checks_->PreTranslate(msg) || PreTranslate(msg) || IsDialogMessageW(hwnd_, &msg)) continue;
     TranslateMessage(&msg);
     DispatchMessageW(&msg);
   }
@@ -111,6 +113,7 @@ void EditorWindow::Fail() noexcept {
 }
 
 bool EditorWindow::PreTranslate(MSG& msg) {
+  if (PreTranslateComforts(*this, msg)) return true;
   if (msg.message != WM_KEYDOWN) return false;
   if (msg.hwnd != hwnd_ && !IsChild(hwnd_, msg.hwnd)) return false;
   // Enter presses the focused push button, as in a dialog. The dialog manager would
@@ -166,6 +169,7 @@ void EditorWindow::OnCommand(int id, int code, HWND control) {
     case ids::kImportItem: return session_->miImport_Click();
     case ids::kExportItem: return session_->miExport_Click();
     case ids::kRestoreDefaultsItem: return session_->miRestoreDefaults_Click();
+    case ids::kCheckColorsItem: return checks_->OpenWindow();
     default: return;
   }
 }
@@ -195,6 +199,7 @@ void EditorWindow::ShowMoreMenu() {
     add(ids::kExportItem, d.import_export);
     AppendMenuW(menu.get(), MF_SEPARATOR, 0, nullptr);
     add(ids::kRestoreDefaultsItem, d.restore_defaults);
+    add(ids::kCheckColorsItem, true);  // an addition: checking changes nothing
     RECT r;
     GetWindowRect(more, &r);
     chosen = TrackPopupMenu(menu.get(), TPM_LEFTALIGN | TPM_TOPALIGN | TPM_LEFTBUTTON | TPM_RETURNCMD, r.left,

@@ -67,6 +67,12 @@ std::wstring WithMnemonic(const std::wstring& text, std::wstring& taken);
 // A row's colour as the screen paints it: the system's button face stands for itself.
 COLORREF Resolve(std::int32_t colour);
 
+// The editing comforts beside the editor's own controls (editor_comforts.cpp): their
+// keys (true when taken), the colour buttons' context menu, and closing the find box.
+bool PreTranslateComforts(EditorWindow& window, MSG& msg);
+void ComfortsContextMenu(EditorWindow& window, HWND from, LPARAM at);
+void CloseComforts(EditorWindow& window);
+
 // Rows are numbered from the control ids.
 inline bool IsIdIn(int id, int base) { return id >= base && id < base + kRowCount; }
 

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "win32/check_window.h"
 #include "win32/editor_ids.h"
 #include "win32/editor_parts.h"
 #include "win32/text.h"
@@ -59,6 +60,7 @@ void EditorWindow::BuildFrame(int page, int f) {
                             {name_left_, y, name_left_ + name_width_, y + kButtonHeight});
     if (shown) AddTool(box, name, LPSTR_TEXTCALLBACKW);
   }
+  checks_->FrameBuilt(page, f);
 }
 
 void EditorWindow::AddTool(HWND parent, HWND tool, wchar_t* text) {
@@ -83,9 +85,11 @@ std::wstring EditorWindow::RgbTextOf(int row) const {
 void EditorWindow::RowChanged(int row) {
   if (!hwnd_) return;
   if (row < 0) {
+    checks_->Suspend();
     for (int r = 0; r < kRowCount; ++r) RowChanged(r);
-    return;
+    return checks_->Refresh();
   }
+  checks_->RowChanged(row);
   if (row >= kRowCount || !rgb_labels_[row]) return;
   // The text names the colour or the state, so an unchanged text is an unchanged row.
   std::wstring text = RgbTextOf(row);
@@ -97,7 +101,7 @@ void EditorWindow::RowChanged(int row) {
 
 void EditorWindow::ApplyEnablement() {
   const EnableDecision& d = session_->Enablement();
-  SetWindowTextW(hwnd_, Widen(session_->Caption()).c_str());
+  SetWindowTextW(hwnd_, (Widen(session_->Caption()) + checks_->TitleSuffix()).c_str());
   EnableWindow(GetDlgItem(hwnd_, ids::kOk), d.ok);
   EnableWindow(GetDlgItem(hwnd_, ids::kSaveAsButton), d.save);
   EnableWindow(GetDlgItem(hwnd_, ids::kDeleteButton), d.delete_scheme);
@@ -123,7 +127,7 @@ void EditorWindow::OnDrawItem(const DRAWITEMSTRUCT& item) {
   const int edge = std::max(3, Px(45));
   InflateRect(&rect, -edge, -edge);
   if (pushed) OffsetRect(&rect, 1, 1);
-  SetDCBrushColor(item.hDC, Resolve(session_->GetRowColor(row)));
+  SetDCBrushColor(item.hDC, Resolve(checks_->Shown(session_->GetRowColor(row))));
   FillRect(item.hDC, &rect, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
   if ((item.itemState & ODS_FOCUS) && !(item.itemState & ODS_NOFOCUSRECT)) {
     InflateRect(&rect, 2, 2);

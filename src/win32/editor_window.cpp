@@ -10,6 +10,7 @@
 
 #include "support/localization.h"
 #include "support/thread_owned.h"
+#include "win32/check_window.h"
 #include "win32/common_dialog.h"
 #include "win32/editor_ids.h"
 #include "win32/editor_parts.h"
@@ -121,8 +122,11 @@ bool EditorWindow::RegisterClasses() {
 // On unloading, when no window of the classes is left and no thread registers them.
 void EditorWindow::UnregisterClasses() {
   for (const wchar_t* name : {ids::kEditorClass, kPanelClass, kFrameClass}) UnregisterClassW(name, ThisModule());
+  CheckUi::UnregisterClasses();
   InitOnceInitialize(&g_classes_registered);
 }
+
+EditorWindow::EditorWindow() : checks_(std::make_unique<CheckUi>(*this)) {}
 
 EditorWindow::~EditorWindow() { Destroy(); }
 
@@ -215,6 +219,8 @@ void EditorWindow::ApplyTopMost() {
 }
 
 void EditorWindow::Unload() {
+  CloseComforts(*this);
+  checks_->EditorClosing(false);
   if (hwnd_) ShowWindow(hwnd_, SW_HIDE);
   session_ = nullptr;  // a hidden window serves no session
 }
@@ -230,7 +236,8 @@ void EditorWindow::Destroy() {
 
 // Lets go of what was made for the window, which is gone.
 void EditorWindow::Forget() {
-  tooltip_ = tabs_ = nullptr;
+  checks_->EditorClosing(true);
+  tooltip_ = tabs_ = find_box_ = nullptr;  // the find box went with its owner
   pages_.fill(nullptr);
   for (auto& frames : frames_) frames.fill(nullptr);
   shown_frame_.fill(-1);
@@ -314,6 +321,7 @@ LRESULT EditorWindow::ContainerMessage(EditorWindow& self, HWND hwnd, UINT messa
     case WM_DRAWITEM:
     case WM_CTLCOLORSTATIC:
     case WM_NOTIFY:
+    case WM_CONTEXTMENU:
       return self.Handle(hwnd, message, wparam, lparam);
     default:
       return DefWindowProcW(hwnd, message, wparam, lparam);
@@ -352,6 +360,9 @@ LRESULT EditorWindow::Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lpar
       }
       break;
     }
+    case WM_CONTEXTMENU:
+      if (session_) ComfortsContextMenu(*this, reinterpret_cast<HWND>(wparam), lparam);
+      return 0;
     case DM_GETDEFID:
       if (hwnd == hwnd_) return MAKELRESULT(ids::kOk, DC_HASDEFID);
       break;

@@ -18,6 +18,8 @@
 
 namespace tq::win {
 
+class CheckUi;  // the colour checks beside the editor (check_window.h)
+
 class EditorWindow final : public EditorView {
   static constexpr std::array<int, kPageCount> MakeFilled(int value) {
     std::array<int, kPageCount> a{};
@@ -38,7 +40,7 @@ class EditorWindow final : public EditorView {
   // not be unloaded under them.
   static long LiveWindows();
 
-  EditorWindow() = default;
+  EditorWindow();
   ~EditorWindow() override;
   EditorWindow(const EditorWindow&) = delete;
   EditorWindow& operator=(const EditorWindow&) = delete;
@@ -60,6 +62,8 @@ class EditorWindow final : public EditorView {
   HWND hwnd() const { return hwnd_; }
 
  private:
+  friend class EditorComforts;  // the context menu, clipboard, undo and find (editor_comforts.cpp)
+  friend class CheckUi;
   struct Gdi;
   // What the window's controls are built from; a window of another shape is rebuilt.
   struct Shape {
@@ -134,6 +138,8 @@ class EditorWindow final : public EditorView {
   const wchar_t* combo_class_ = nullptr;
   std::wstring file_tip_;
   bool closing_ = false;
+  HWND find_box_ = nullptr;  // owned by the editor's window
+  std::unique_ptr<CheckUi> checks_;  // markers, check window, simulated vision
 };
 
 }  // namespace tq::win

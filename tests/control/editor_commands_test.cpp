@@ -102,7 +102,8 @@ TEST_F(EditorCommands, MoreOpensUnderItsButtonAndExportImportAndRestoreDefaultsW
           const UINT state = GetMenuState(popup, i, MF_BYPOSITION);
           items.push_back(std::wstring(text) + ((state & MF_GRAYED) && !(state & MF_SEPARATOR) ? L" (off)" : L""));
         }
-        EXPECT_EQ(items, (std::vector<std::wstring>{L"&" + Str(1205), L"&" + Str(1206), L"", L"&" + Str(1207)}));
+        EXPECT_EQ(items, (std::vector<std::wstring>{L"&" + Str(1205), L"&" + Str(1206), L"", L"&" + Str(1207),
+                                                    L"&" + Str(1600)}));
         Type(e, {VK_ESCAPE});
       }),
       Menu('E'),

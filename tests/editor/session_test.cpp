@@ -600,5 +600,71 @@ TEST_F(Session, ExportSkipsUnreadableRowsKeepsOtherKeysAndImportChangesOnlyWhatI
   }
 }
 
+// ---- Undo and redo ----
+
+TEST_F(Session, UndoStepsBackOneCommandAtATimeAndForgetsOnASchemeSwitchOrSave) {
+  ControlInstanceState c;
+  frmTqColorSetting& s = Initialize(c);
+  ASSERT_TRUE(p.CopyFileTo(s.ClutFileName(), Scheme("night.clut"), false));
+  constexpr int kRow = 6, kOtherRow = 0;  // indexes 35 and 38
+  editor.act = [&](frmTqColorSetting& f) {
+    const std::int32_t loaded = f.GetRowColor(kRow);
+    EXPECT_FALSE(f.CanUndo() || f.CanRedo() || f.Undo() || f.Redo());
+    f.ColorPicked(kRow, 0x0000FF);
+    f.ColorPicked(kRow, 0x0000FF);  // confirmed again: a change, but no step
+    EXPECT_TRUE(f.SetRowColour(kRow, 0x00FF00));
+    f.ColorsChanged = false;
+    EXPECT_TRUE(f.Undo());
+    EXPECT_TRUE(f.ColorsChanged);  // an undo is a change
+    EXPECT_EQ(f.GetRowColor(kRow), 0x0000FF);
+    EXPECT_TRUE(f.Undo());
+    EXPECT_EQ(f.GetRowColor(kRow), loaded);
+    EXPECT_FALSE(f.Undo());
+    EXPECT_TRUE(f.Redo());
+    EXPECT_EQ(f.GetRowColor(kRow), 0x0000FF);
+    EXPECT_TRUE(f.SetRowColour(kOtherRow, 0x111111));  // a new change ends what could be redone
+    EXPECT_FALSE(f.CanRedo());
+#ifdef _WIN32  // the restore copy's upper-case name and the profile API: Windows only
+    // Restore Defaults and an import: one step each for all their rows.
+    p.answers = {kIdYes};
+    f.miRestoreDefaults_Click();
+    const std::int32_t factory = f.GetRowColor(kRow);
+    EXPECT_EQ(f.FactoryColour(kRow), factory);
+    EXPECT_NE(factory, 0x0000FF);
+    editor.file = app / "two.ini";
+    p.IniWrite(kLogicalColorsSection, "Index_35", "1 2 3", editor.file);
+    p.IniWrite(kLogicalColorsSection, "Index_38", "4 5 6", editor.file);
+    f.miImport_Click();
+    EXPECT_EQ(f.GetRowColor(kRow), 0x030201);
+    EXPECT_TRUE(f.ResetRowToFactory(kRow));
+    EXPECT_EQ(f.GetRowColor(kRow), factory);
+    EXPECT_TRUE(f.Undo());
+    EXPECT_TRUE(f.Undo());
+    EXPECT_EQ(f.GetRowColor(kRow), factory);
+    EXPECT_TRUE(f.Undo());
+    EXPECT_EQ(f.GetRowColor(kRow), 0x0000FF);
+    EXPECT_EQ(f.GetRowColor(kOtherRow), 0x111111);
+#endif
+    // Another scheme starts without history; so does the file just saved under a new name.
+    p.answers = {kIdNo};  // not saved
+    f.cmbColorSchemes_Click(0);
+    EXPECT_EQ(f.ClutFileName(), Scheme("night.clut"));
+    EXPECT_FALSE(f.CanUndo() || f.CanRedo());
+    f.ColorPicked(kRow, 0x0000FF);
+    EXPECT_TRUE(f.CanUndo());
+    editor.typed = {"copy"};
+    f.cmdSave_Click();
+    EXPECT_FALSE(f.CanUndo());
+    // Read-only: nothing that changes colours runs.
+    f.ColorPicked(kRow, 0x0000FF);
+    f.EnableChanges(false);
+    f.MakeEnableChanges(false);
+    EXPECT_FALSE(f.CanUndo() || f.Undo() || f.SetRowColour(kRow, 0) || f.ResetRowToFactory(kRow));
+    EXPECT_EQ(f.GetRowColor(kRow), 0x0000FF);
+    f.cmdCancel_Click();
+  };
+  Show(c);
+}
+
 }  // namespace
 }  // namespace tq

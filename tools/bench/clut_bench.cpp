@@ -7,11 +7,13 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <sstream>
 
 #include "colortable/clut_locations.h"
 #include "colortable/color_table.h"
+#include "editor/checks.h"
 #include "posix/posix_platform.h"
 #include "support/host.h"
 #include "tqclut/tqclut.h"
@@ -56,6 +58,12 @@ class BenchPlatform : public tq::posix::PosixPlatform {
     Platform& platform;
   } host_{*this};
 };
+
+// A file of the source tree.
+std::string SourceFile(const std::string& relative) {
+  std::ifstream in(std::string(TQ_SOURCE_DIR) + "/" + relative, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
 
 using Clock = std::chrono::steady_clock;
 
@@ -177,5 +185,23 @@ int main() {
               whole / tables, whole / tables / single, tables, whole / 1000);
   std::printf("%-34s %10.1f us   %6.2f x one table\n", "tqclut check -r --json, per table", whole_json / tables,
               whole_json / tables / single);
+
+  // The editor's live checks on the classic scheme, which fails several rules: every
+  // rule at opening, then one colour picked (the alarm list text, then back).
+  const tq::quality::ColourTable colours = tq::quality::ParseColourTable(SourceFile("data/QLT830_colors.clut"));
+  tq::EditorChecks checks;
+  const double all_rules = Micros(rounds, [&] { checks.Reset(colours); });
+  bool flip = false;
+  const double one_change = Micros(rounds, [&] {
+    flip = !flip;
+    sink = sink + static_cast<std::uint32_t>(checks.Change(258, flip ? 0x303030 : colours[258]).size());
+  });
+  const double status_change = Micros(rounds, [&] {
+    flip = !flip;
+    sink = sink + static_cast<std::uint32_t>(checks.Change(45, flip ? 0x0000C0 : colours[45]).size());
+  });
+  std::printf("%-34s %10.1f us   (%zu findings)\n", "editor checks, every rule", all_rules, checks.Failed().size());
+  std::printf("%-34s %10.1f us\n", "editor checks, list text changed", one_change);
+  std::printf("%-34s %10.1f us   (the index of most rules)\n", "editor checks, alarm colour changed", status_change);
   return 0;
 }

@@ -35,6 +35,8 @@ constexpr wchar_t kProgId[] = L"TqColorSettingTool.ctlTqColorSetting";
 constexpr wchar_t kEditorClass[] = L"TqColorSettingEditor";  // editor_ids.h
 constexpr int kTabStripId = 900;
 constexpr wchar_t kDialogClass[] = L"#32770";
+constexpr wchar_t kCheckClass[] = L"TqColorCheck";  // the check window (More > Check Colors...)
+constexpr int kCheckColorsItem = 1600, kListPreviewId = 3003;
 constexpr wchar_t kHostClass[] = L"TqEditorBenchHost";
 constexpr UINT kReplyMs = 10000;     // for every message the watcher sends the host
 constexpr double kAppearMs = 20000;  // for a modal window to become visible
@@ -194,6 +196,8 @@ struct Outcome {
   double cancelled_at = 0;         // when Cancel was posted
   SIZE size{};                     // of the window, in pixels
   std::vector<double> first_visits, later_visits;  // ms per tab switch
+  double check_open = 0;           // ms from Check Colors... to the check window idle
+  std::vector<double> preview_paints;  // ms per repaint of its list preview
 };
 
 class Watcher {
@@ -274,6 +278,7 @@ class Watcher {
     GetWindowRect(top, &rect);
     out.size = {rect.right - rect.left, rect.bottom - rect.top};
     if (trial_.switch_tabs && !SwitchTabs(top)) return;
+    if (trial_.switch_tabs && !OpenChecks(top)) return;
     out.cancelled_at = NowMs();
     PostMessageW(top, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED), 0);
   }
@@ -318,6 +323,33 @@ class Watcher {
       visited[position] = true;
       current = position;
     }
+    return true;
+  }
+
+  // Opens the check window until it is idle, repaints its preview a few times, closes it.
+  bool OpenChecks(HWND top) {
+    Outcome& out = outcome_;
+    const double start = NowMs();
+    PostMessageW(top, WM_COMMAND, kCheckColorsItem, 0);
+    WindowSearch search{kCheckClass, 0};
+    for (int waited = 0; !search.found && waited < kAppearMs; ++waited) {
+      EnumThreadWindows(host_thread_, MatchVisibleTop, reinterpret_cast<LPARAM>(&search));
+      if (!search.found) Sleep(1);
+    }
+    if (!search.found) return Abandon(top, L"Check Colors... showed no check window");
+    const std::optional<double> idle = IdleAt(marker_, search.found);
+    if (!idle) return Abandon(top, L"the check window did not go idle");
+    out.check_open = *idle - start;
+    WindowSearch preview{L"Static", kListPreviewId};
+    EnumChildWindows(search.found, MatchChild, reinterpret_cast<LPARAM>(&preview));
+    if (!preview.found) return Abandon(top, L"the check window has no preview (id 3003)");
+    for (int i = 0; i < 10; ++i) {
+      const double paint_start = NowMs();
+      RedrawWindow(preview.found, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);  // painted before it returns
+      out.preview_paints.push_back(NowMs() - paint_start);
+    }
+    PostMessageW(search.found, WM_CLOSE, 0, 0);
+    IdleAt(marker_, top);
     return true;
   }
 
@@ -650,7 +682,7 @@ int wmain(int argc, wchar_t** argv) {
                                      reinterpret_cast<LPARAM>(&editor_size)) == IDCANCEL;
     };
 
-    Figures show_idle, dialog_idle, first_visit, again, show_closed, dialog_closed, probe;
+    Figures show_idle, dialog_idle, first_visit, again, show_closed, dialog_closed, probe, check_open, preview_paint;
     double cold_show = 0, cold_dialog = 0;
     for (int run = -1; run < options.runs && exit_code == 0; ++run) {
       Outcome editor, plain;
@@ -679,6 +711,8 @@ int wmain(int argc, wchar_t** argv) {
       show_closed.Add(editor_closed);
       dialog_closed.Add(plain_closed);
       probe.Add(editor.probe);
+      check_open.Add(editor.check_open);
+      preview_paint.Add(editor.preview_paints);
       if (options.each) {
         Figures firsts, agains;
         firsts.Add(editor.first_visits);
@@ -701,6 +735,8 @@ int wmain(int argc, wchar_t** argv) {
                   show_idle.Min() / dialog_idle.Min());
       Row("tab switch (first visit)", first_visit);
       Row("tab switch (again)", again);
+      Row("check window open to idle", check_open);
+      Row("list preview repaint", preview_paint);
       Row("Cancel to Show returned", show_closed);
       Row("Cancel to dialog returned", dialog_closed);
       std::printf("  first of the process: Show to idle %.2f ms, empty dialog to idle %.2f ms\n", cold_show,

@@ -1,0 +1,128 @@
+// The editor's colour checks under UI automation: a row's marker follows its finding,
+// the check window leads to the row and simulates a vision; read-only editors mark too.
+#include "control/scenario.h"
+
+#include "quality/color_quality.h"
+
+namespace {
+
+using namespace editor_test;
+
+class EditorChecks : public EditorWindow {
+ protected:
+  // Opens More > Check Colors... and returns the window once idle.
+  static HWND OpenChecks(const Display& d, HWND editor) {
+    PostMessageW(editor, WM_COMMAND, ids::kCheckColorsItem, 0);
+    HWND found = WaitForWindow([](HWND hwnd) { return HasClass(hwnd, ids::kCheckClass); }, d.thread);
+    if (found) Idle(found);
+    return found;
+  }
+  static std::wstring Cell(HWND list, int item, int column) {
+    wchar_t text[256] = L"";
+    LVITEMW lv{};
+    lv.iSubItem = column;
+    lv.pszText = text;
+    lv.cchTextMax = 256;
+    SendMessageW(list, LVM_GETITEMTEXTW, item, reinterpret_cast<LPARAM>(&lv));
+    return text;
+  }
+  static COLORREF Swatch(HWND editor, int row) {
+    HWND button = Item(editor, ids::kColorButton + row);
+    RECT r;
+    GetClientRect(button, &r);
+    return Pixel(button, r.right / 2, r.bottom / 2);
+  }
+};
+
+TEST_F(EditorChecks, AMarkerFollowsItsFindingAndTheCheckWindowLeadsToTheRowAndSimulatesAVision) {
+  const auto lines = SplitClutLines(SourceFile("data/QLT830_colors.clut")).lines;
+  const auto background = static_cast<COLORREF>(ParseClutLine(lines[256]));
+  const auto text = static_cast<COLORREF>(ParseClutLine(lines[258]));
+  const COLORREF red = RGB(255, 0, 0);
+  const auto seen = static_cast<COLORREF>(tq::quality::Simulate(red, tq::quality::Vision::Deuteranopia));
+  Display d;
+  d.tab = 4;  // Alarm Display: background row 120 (index 256), gridline 121, text 122 (258)
+  std::wstring title;
+  HWND w = nullptr;
+  auto marked = [](bool expected) {
+    return Do([expected](HWND e) { EXPECT_EQ(Item(e, ids::kFindingMarker + 122) != nullptr, expected); });
+  };
+  Play(d, {
+      Do([&](HWND e) { title = WindowText(e); }),
+      marked(false),
+      // The text on its own background: a finding; its old colour again: none.
+      Pick(122, background),
+      ExpectText(ids::kFindingMarker + 122, L"Too little contrast with Background (1:1, needs 4.5:1)"),
+      Pick(122, text),
+      marked(false),
+      Pick(122, background),
+      Pick(121, red),
+      Do([&](HWND e) { EXPECT_EQ(Swatch(e, 121), red); }),
+      Tab(0),
+      Do([&](HWND e) {
+        w = OpenChecks(d, e);
+        ASSERT_TRUE(w);
+        EXPECT_EQ(Text(w, ids::kChecksSummary), L"48 findings in 7 rules");  // the classic scheme's 47 and this one
+        // Enter on the alarm list's finding: back to its page, its text's colour button focused.
+        HWND list = Item(w, ids::kFindingsList);
+        const int count = static_cast<int>(SendMessageW(list, LVM_GETITEMCOUNT, 0, 0));
+        for (int i = 0; i < count; ++i)
+          if (Cell(list, i, 0) == L"text.alarm_list") {
+            LVITEMW state{};
+            state.stateMask = state.state = LVIS_SELECTED | LVIS_FOCUSED;
+            SendMessageW(list, LVM_SETITEMSTATE, i, reinterpret_cast<LPARAM>(&state));
+          }
+        Type(w, {VK_RETURN});
+        EXPECT_EQ(ShownPage(e), 3);
+        EXPECT_EQ(Focus(d), Item(e, ids::kColorButton + 122));
+        // Deuteranopia: the swatches as that vision sees them, the stored value as text.
+        HWND combo = Item(w, ids::kVisionCombo);
+        SendMessageW(combo, CB_SETCURSEL, 2, 0);
+        SendMessageW(w, WM_COMMAND, MAKEWPARAM(ids::kVisionCombo, CBN_SELCHANGE), reinterpret_cast<LPARAM>(combo));
+        EXPECT_EQ(WindowText(e), title + L" - Simulated: Deuteranopia");
+        EXPECT_EQ(Swatch(e, 121), seen);
+        EXPECT_EQ(Text(e, ids::kRgbLabel + 121), L"(255, 0, 0)");
+        Screenshot(w, "check-window");
+        // Closing the check window returns to normal vision.
+        Click(w, ids::kCheckClose);
+        for (int i = 0; i < 250 && IsWindow(w); ++i) Sleep(20);
+        EXPECT_EQ(WindowText(e), title);
+        EXPECT_EQ(Swatch(e, 121), red);
+      }),
+      Press(ids::kCancel),
+  });
+}
+
+TEST_F(EditorChecks, AReadOnlyEditorMarksItsRowsToo) {
+  Display d;
+  d.enable = false;
+  std::wstring normal_row, tip;
+  bool button_enabled = true;
+  Run(d, [&] {
+    HWND e = Editor(d);
+    ASSERT_TRUE(e);
+    button_enabled = Enabled(e, ids::kColorButton + 19);
+    normal_row = Text(e, ids::kFindingMarker + 19);  // Status: Normal (index 32)
+    HWND tooltip = nullptr;
+    EachThreadWindow(d.thread, [&](HWND hwnd) {
+      if (HasClass(hwnd, TOOLTIPS_CLASSW) && GetWindow(hwnd, GW_OWNER) == e) tooltip = hwnd;
+      return !tooltip;
+    });
+    wchar_t text[2048] = L"";
+    TTTOOLINFOW info{};
+    info.cbSize = sizeof info;
+    info.hwnd = GetParent(Item(e, ids::kFindingMarker + 19));
+    info.uId = reinterpret_cast<UINT_PTR>(Item(e, ids::kFindingMarker + 19));
+    info.lpszText = text;
+    SendMessageW(tooltip, TTM_GETTEXTW, 2048, reinterpret_cast<LPARAM>(&info));
+    tip = text;
+    Screenshot(e, "editor-markers-read-only");
+    Click(e, ids::kCancel);
+  });
+  EXPECT_FALSE(button_enabled);
+  EXPECT_EQ(tip, normal_row);
+  EXPECT_EQ(normal_row.substr(0, normal_row.find(L';')),
+            L"Hard to tell from Measurement High Warning for protanopia (\u0394E 5.1, needs 10)");
+}
+
+}  // namespace
