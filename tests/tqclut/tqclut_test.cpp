@@ -18,11 +18,8 @@ using clut_tool::kExitClean;
 using clut_tool::kExitError;
 using clut_tool::kExitFindings;
 
-std::string Source(const std::string& relative) {
-  std::string bytes;
-  EXPECT_TRUE(test::RealPlatform().ReadFile(std::string(TQ_SOURCE_DIR) + "/" + relative, bytes)) << relative;
-  return bytes;
-}
+using test::Read;
+using test::SourceFile;
 
 class Tqclut : public ::testing::Test {
  protected:
@@ -36,11 +33,6 @@ class Tqclut : public ::testing::Test {
     const int code = clut_tool::Run(p_, args, out, err, environment);
     return {code, out.str(), err.str()};
   }
-  std::string Read(const std::string& path) {
-    std::string bytes;
-    p_.ReadFile(path, bytes);
-    return bytes;
-  }
   std::string Write(const std::string& name, const std::string& bytes) {
     const std::string path = dir_ / name;
     EXPECT_TRUE(p_.WriteNewFile(path, bytes));
@@ -49,7 +41,7 @@ class Tqclut : public ::testing::Test {
 
   test::TestPlatform p_;
   test::ScratchFolder dir_;
-  const std::string factory_ = Source("data/QLT830_colors.clut");
+  const std::string factory_ = SourceFile("data/QLT830_colors.clut");
 };
 
 TEST_F(Tqclut, ShowCheckSetAndDiffOnTheFactoryTable) {
@@ -273,7 +265,7 @@ TEST_F(Tqclut, FoldersGiveOneLinePerTableAndASummaryAndTheWorstExitCode) {
   const std::string root = dir_.path().substr(0, dir_.path().size() - 1);
   for (const char* folder : {"st1", "st1\\sub", "st1\\x.clut", "st2"}) ASSERT_TRUE(p_.CreateFolder(dir_ / folder));
   Write("st1\\b.clut", factory_);
-  Write("st1\\a.clut", Source("data/QLT830_highperformance.clut"));
+  Write("st1\\a.clut", SourceFile("data/QLT830_highperformance.clut"));
   Write("st1\\a$clut", factory_);        // reference files and locks are not tables of their own
   Write("st1\\a.clut.lock", factory_);
   Write("st1\\sub\\big.clut", std::string(clut_tool::kMaxFileSize + 1, '0'));
