@@ -72,13 +72,9 @@ TEST_F(Tqclut, ShowCheckSetAndDiffOnTheFactoryTable) {
   EXPECT_EQ(Read(copy), JoinClutLines(expected));  // one line changed, its comment kept
   EXPECT_FALSE(p_.FileExists(copy + ".lock"));      // the lock is given back
 
-  for (const auto& [colour, line] : std::vector<std::pair<std::vector<std::string>, std::string>>{
-           {{"#1A2B3C"}, "# 26   43   60  # 256"}, {{"1 2 3"}, "#  1    2    3  # 256"}, {{"4", "5", "6"}, "#  4    5    6  # 256"}}) {
-    std::vector<std::string> args = {"set", copy, "256"};
-    args.insert(args.end(), colour.begin(), colour.end());
-    EXPECT_EQ(Run(args).code, kExitClean);
-    EXPECT_EQ(SplitClutLines(Read(copy)).lines[256].substr(0, line.size()), line);
-  }
+  // The colour in three words (the forms of one word are the colour text's test); an extended index.
+  EXPECT_EQ(Run({"set", copy, "256", "4", "5", "6"}).code, kExitClean);
+  EXPECT_TRUE(SplitClutLines(Read(copy)).lines[256].starts_with("#  4    5    6  # 256"));
 
   // Each line keeps its own line end; a colour already set writes nothing.
   std::string mixed = factory_;
@@ -180,9 +176,7 @@ TEST_F(Tqclut, BadInputGivesOneLineAndTheRightExitCodeAndWritesNothing) {
       {{"frobnicate"}, kExitError, "unknown command \"frobnicate\""},
       {{"set", table, "23"}, kExitError, "set: wrong number of arguments"},
       {{"set", table, "23", "#GGHHII"}, kExitError, "\"#GGHHII\" is not a colour"},
-      {{"set", table, "23", "256,0,0"}, kExitError, "\"256,0,0\" is not a colour"},
       {{"set", table, "23", "1", "2"}, kExitError, "\"1 2\" is not a colour"},
-      {{"set", table, "23", "1,,2,3"}, kExitError, "\"1,,2,3\" is not a colour"},
       {{"set", table, "23", "--json", "#000000"}, kExitError, "set takes no option --json; usage: tqclut set FILE"},
       {{"check", "--jsn", table}, kExitError, "unknown option \"--jsn\"; usage: tqclut check"},
       {{"set", binary, "1", "#000000"}, kExitError, binary + " is not a colour table: it holds NUL bytes; nothing was"},
