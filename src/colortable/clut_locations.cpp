@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "support/localization.h"
+#include "support/string_ids.h"
 #include "support/utils.h"
 
 namespace tq {
@@ -13,7 +14,7 @@ std::string GetDVHome(Platform& platform, ColorTableState& state) {
   std::string home = ReadDVHome(platform);
   if (home.empty()) {
     int buttons = kMbOk;
-    platform.ShowMessage(GetString(1315), buttons, kMbIconCritical, GetString(1301));
+    platform.ShowMessage(GetString(sid::kNoDVHome), buttons, kMbIconCritical, GetString(sid::kTitle));
     state.ClutError = true;
   }
   return home;

@@ -2,6 +2,7 @@
 
 #include "colortable/clut_locations.h"
 #include "support/localization.h"
+#include "support/string_ids.h"
 #include "support/utils.h"
 
 namespace tq {
@@ -10,11 +11,12 @@ namespace {
 
 void Tell(Platform& platform, const std::string& prompt) {
   int buttons = kMbOk;
-  platform.ShowMessage(prompt, buttons, kMbIconCritical, GetString(1301));
+  platform.ShowMessage(prompt, buttons, kMbIconCritical, GetString(sid::kTitle));
 }
 
 void TellWriteFailed(Platform& platform, const std::string& path, const IoStatus& status) {
-  Tell(platform, GetString(1312) + path + "\r\n" + status.message + "\r\n\r\n" + GetString(1313));
+  Tell(platform, GetString(sid::kCannotWrite) + path + "\r\n" + status.message + "\r\n\r\n" +
+                     GetString(sid::kPreviousUnchanged));
 }
 
 // The first 286 lines of a file; nullopt when it cannot be read.
@@ -47,13 +49,13 @@ bool LoadColorTable(Platform& platform, const ColorSchemeModule& module, ColorTa
     return false;
   };
   if (!platform.FileExists(path)) {
-    if (report == LoadReport::ToUser) Tell(platform, GetString(1305) + path);
+    if (report == LoadReport::ToUser) Tell(platform, GetString(sid::kTableNotFound) + path);
     return failed();
   }
   CheckClutVersion(platform, module, state, false, report);
   std::string bytes;
   if (IoStatus status = platform.ReadFile(path, bytes); !status) {
-    if (report == LoadReport::ToUser) Tell(platform, GetString(1316) + path + "\r\n" + status.message);
+    if (report == LoadReport::ToUser) Tell(platform, GetString(sid::kCannotRead) + path + "\r\n" + status.message);
     return failed();
   }
   const std::vector<std::string> lines = SplitClutLines(bytes, kClutIndexCount).lines;
@@ -94,15 +96,16 @@ ClutNewLines BuildClutSaveLines(const ColorTableState& state) {
 bool SaveColorTable(Platform& platform, ColorTableState& state) {
   const std::string& path = state.ClutFileName;
   if (!platform.FileExists(path)) {
-    Tell(platform, GetString(1305) + path + "\r\n\r\n" + GetString(1306));
+    Tell(platform, GetString(sid::kTableNotFound) + path + "\r\n\r\n" + GetString(sid::kCannotSave));
     state.ClutError = true;
     return false;
   }
   if (!platform.FileExists(path + ".lock")) {
     int buttons = kMbYesNo;
     const std::string prompt =
-        GetString(1309) + path + "\r\n" + GetString(1310) + "\r\n\r\n" + GetString(1311);
-    if (platform.ShowMessage(prompt, buttons, kMbIconExclamation, GetString(1301)) != kIdYes) return false;
+        GetString(sid::kTableFile) + path + "\r\n" + GetString(sid::kNotLocked) + "\r\n\r\n" +
+        GetString(sid::kSaveChanges);
+    if (platform.ShowMessage(prompt, buttons, kMbIconExclamation, GetString(sid::kTitle)) != kIdYes) return false;
   }
   std::string old_bytes;
   IoStatus status = platform.ReadFile(path, old_bytes);
@@ -150,8 +153,8 @@ void CheckClutVersion(Platform& platform, const ColorSchemeModule& module, Color
     reference = GetReferenceClutFile(platform, GetColorSchemeFolder(module) + kDefaultClutName, true, true);
   if (reference.empty()) {
     if (report == LoadReport::ToUser)
-      Tell(platform, GetString(1325) + path + GetString(1326) + version + GetString(1327) + kClutCurrentVersion +
-                         GetString(1328));
+      Tell(platform, GetString(sid::kCannotUpdate) + path + GetString(sid::kFrom) + version + GetString(sid::kTo) +
+                         kClutCurrentVersion + GetString(sid::kNoReference));
   } else if (auto reference_lines = ReadClutLines(platform, reference)) {
     lines = UpgradeClutLines(std::move(lines), std::move(*reference_lines), version);
   } else {

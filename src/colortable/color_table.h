@@ -15,11 +15,16 @@ namespace tq {
 // the scheme folder's default reference file.
 struct ColorSchemeModule;
 
+// The button face: as RGB, the grey of a colour not (yet) read; as an OLE system
+// colour, what a row without a colour shows, in the system's shade.
+constexpr std::int32_t kButtonFaceGrey = 0xC0C0C0;
+constexpr std::int32_t kSystemButtonFace = static_cast<std::int32_t>(0x8000000F);
+
 // What a colour row shows: a colour, or one of the two state texts.
 struct RowColour {
   enum class Kind { Colour, Unreadable, NotDefined };
   Kind kind = Kind::Colour;
-  std::int32_t colour = 0xC0C0C0;
+  std::int32_t colour = kButtonFaceGrey;
 };
 
 // The part of the editor session that the colour table file reads and writes. The
@@ -32,7 +37,7 @@ struct ColorTableState {
   std::array<RowColour, kClutIndexCount> rows;
 
   ColorTableState() {
-    ColorIndexValue.fill(0xC0C0C0);
+    ColorIndexValue.fill(kButtonFaceGrey);
     ColorRowMap.fill(-1);
   }
 };

@@ -7,6 +7,7 @@
 #include "control/values.h"
 #include "support/custom_file_dlg.h"
 #include "win32/guard.h"
+#include "win32/thread_state.h"
 
 namespace tq::com {
 namespace {
@@ -32,10 +33,6 @@ VARIANT Ref(VARTYPE type, void* pointer) {
 
 }  // namespace
 
-// Controls alive on this thread. The thread's host object is dropped with the last
-// of them, so that no reference to the host outlives the host's use of the control.
-static thread_local int t_controls = 0;
-
 ctlTqColorSetting::ctlTqColorSetting() {
   // The control's own file-dialog object: its BrowsePressed goes on to the host.
   instance_.CustomFileDlg = std::make_shared<clsCustomFileDlg>();
@@ -46,13 +43,17 @@ ctlTqColorSetting::ctlTqColorSetting() {
     file_name = ToHostValue(*answer.value.get());
     cancel = answer.cancel;
   });
-  ++t_controls;  // last: a constructor that throws counts no control
+  // The thread's host object is dropped with the last control of the thread, so that no
+  // reference to the host outlives the host's use of the control.
+  ++tq::win::ThreadState::This().controls;  // last: a constructor that throws counts no control
 }
 
 ctlTqColorSetting::~ctlTqColorSetting() {
   // The session may keep the file-dialog object longer than this control lives.
   instance_.CustomFileDlg->OnBrowsePressed(nullptr);
-  if (--t_controls > 0) return;
+  int& controls = tq::win::ThreadState::This().controls;
+  if (controls > 0) --controls;  // none counted when the thread's state was ended meanwhile
+  if (controls > 0) return;
   // Run by Release, a COM entry: out of memory, the host stays until the thread ends.
   tq::win::GuardCom([] {
     InstallThreadHost(nullptr);

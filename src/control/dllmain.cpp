@@ -5,7 +5,7 @@
 
 #include "control/control.h"
 #include "control/module.h"
-#include "support/thread_owned.h"
+#include "support/thread_context.h"
 #include "win32/editor_window.h"
 #include "win32/guard.h"
 
@@ -95,9 +95,9 @@ using namespace tq::com;
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved) {
   if (reason == DLL_PROCESS_ATTACH) g_instance = instance;
-  // A thread's session, scheme list, language and host go with the thread (or with
-  // the library when it is unloaded; at process end the system reclaims them).
-  if (reason == DLL_THREAD_DETACH || (reason == DLL_PROCESS_DETACH && !reserved)) tq::EndThreadState();
+  // A thread's context (session, window, language, host) goes with the thread (or with
+  // the library when it is unloaded; at process end the system reclaims it).
+  if (reason == DLL_THREAD_DETACH || (reason == DLL_PROCESS_DETACH && !reserved)) tq::ThreadContext::End();
   if (reason == DLL_PROCESS_DETACH && !reserved) tq::win::EditorWindow::UnregisterClasses();
   return TRUE;
 }

@@ -3,24 +3,16 @@
 #include <dispex.h>
 
 #include <map>
-#include <vector>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "control/values.h"
-#include "support/thread_owned.h"
+#include "win32/thread_state.h"
 #include "win32/win_platform.h"
 
 namespace tq::com {
 namespace {
-
-// A host call in progress on this thread. A host that calls the control back from
-// inside a call and makes it call the host again gets a failed call instead of an
-// endless recursion.
-thread_local bool t_in_host_call = false;
-
-// Plain pointers to their objects: see support/thread_owned.h.
-thread_local ThreadOwned<std::vector<std::shared_ptr<HostLink>>> t_retired;
-thread_local int t_control_calls = 0;
 
 HRESULT FindMember(IDispatch* object, const wchar_t* name, DISPID& id, bool& by_ex) {
   LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
@@ -108,17 +100,20 @@ class DispatchHost final : public HostLink, public std::enable_shared_from_this<
  private:
   template <class F>
   bool Guarded(F&& body) {
-    if (t_in_host_call) return false;
+    // A host that calls the control back from inside a call and makes it call the
+    // host again gets a failed call instead of an endless recursion.
+    bool& in_host_call = tq::win::ThreadState::This().in_host_call;
+    if (in_host_call) return false;
     // The host may replace or drop itself while it runs: keep this object alive.
     auto keep = shared_from_this();
-    t_in_host_call = true;
+    in_host_call = true;
     bool ok = false;
     try {
       ok = body();
     } catch (...) {
       ok = false;
     }
-    t_in_host_call = false;
+    in_host_call = false;
     return ok;
   }
 
@@ -189,14 +184,17 @@ HRESULT BindHost(const VARIANT& value, std::shared_ptr<HostLink>& host) {
 namespace tq::com {
 
 void InstallThreadHost(std::shared_ptr<HostLink> host) {
-  std::shared_ptr<HostLink> replaced = tq::win::WinPlatform::SetThreadHost(std::move(host));
-  if (t_control_calls > 0 && replaced) t_retired.Get().push_back(std::move(replaced));
+  tq::win::ThreadState& state = tq::win::ThreadState::This();
+  std::shared_ptr<HostLink> replaced = std::exchange(state.host, std::move(host));
+  if (state.control_calls > 0 && replaced) state.retired_hosts.push_back(std::move(replaced));
 }
 
-ControlCall::ControlCall() { ++t_control_calls; }
+ControlCall::ControlCall() { ++tq::win::ThreadState::This().control_calls; }
 
 ControlCall::~ControlCall() {
-  if (--t_control_calls == 0 && t_retired.get()) t_retired.get()->clear();
+  tq::win::ThreadState& state = tq::win::ThreadState::This();
+  if (state.control_calls > 0) --state.control_calls;  // none counted when the state was ended meanwhile
+  if (state.control_calls == 0) state.retired_hosts.clear();
 }
 
 }  // namespace tq::com

@@ -6,17 +6,12 @@
 #include "control/dispatch.h"
 #include "control/host_link.h"
 #include "control/values.h"
-#include "win32/editor_window.h"
-#include "win32/win_platform.h"
+#include "win32/thread_state.h"
 
 namespace tq::com {
 namespace {
 
-frmTqColorSetting& Session() {
-  frmTqColorSetting& session = frmTqColorSetting::ThisThread(tq::win::WinPlatform::Instance());
-  if (!session.View()) session.InstallView(&tq::win::EditorWindow::ThisThread());
-  return session;
-}
+frmTqColorSetting& Session() { return tq::win::ThreadState::This().Session(); }
 
 std::string Text(const Variant& v) { return FromBstr(v->bstrVal); }
 
@@ -72,8 +67,9 @@ void RunSetObjectValue(ctlTqColorSetting& control, Args& a, Variant&, Failure& f
       // Like the other context keys, a new host object reaches an open editor only once
       // it has closed (a session that does not exist yet has no editor open).
       auto install = [host = std::move(host)]() mutable { InstallThreadHost(std::move(host)); };
-      if (frmTqColorSetting* session = frmTqColorSetting::FindThisThread())
-        session->WhenClosed(std::move(install));
+      tq::win::ThreadState* state = tq::win::ThreadState::Find();
+      if (state && state->session)
+        state->session->WhenClosed(std::move(install));
       else
         install();
       return;

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "colortable/color_table.h"
 #include "support/localization.h"
+#include "support/string_ids.h"
 
 namespace tq {
 
@@ -151,7 +153,7 @@ std::string GetCategoryNameOfRow(int row) {
 VoltageRowNames InitColorRowMap(ColorRowMapArray& map, ColorTableArray& table, const VoltageLevels& levels,
                                 bool pipeline_enabled) {
   map.fill(-1);
-  table.fill(0xC0C0C0);
+  table.fill(kButtonFaceGrey);
   Place(map, kFirstBlock);
 
   VoltageRowNames names;
@@ -166,8 +168,8 @@ VoltageRowNames InitColorRowMap(ColorRowMapArray& map, ColorTableArray& table, c
     std::string& name = names[k - 1];
     // The host's count, not the names, decides the prefix: after a failed translation
     // the design name stays in front of the suffix.
-    name = (levels.count >= k ? name + " + " : std::string()) + GetString(1554) + " " + std::to_string(k - 5) +
-           " " + GetString(1555);
+    name = (levels.count >= k ? name + " + " : std::string()) + GetString(sid::kPowered) + " " + std::to_string(k - 5) +
+           " " + GetString(sid::kExternal);
   }
 
   Place(map, kSecondBlock);

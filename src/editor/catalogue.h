@@ -55,7 +55,6 @@ constexpr int kButtonLeft = 240, kButtonWidth = 495, kButtonHeight = 255;
 constexpr int kRgbLeft = 840, kRgbWidth = 1095;
 constexpr int kNameLeft = 2040;
 constexpr std::string_view kRgbDesignText = "(---, ---, ---)";
-constexpr int kColorIndexTooltipId = 1324;  // "Color index: " before the index
 
 // Where a row stands: page, frame index in the page's frame array, place in the frame
 // (0 = top). page is -1 for a number outside 0-289.
@@ -130,7 +129,7 @@ struct VoltageLevels {
 // Names of rows 60-79 after the voltage-level step.
 using VoltageRowNames = std::array<std::string, kVoltageRowCount>;
 
-// Resets the map to -1 and the table to 0xC0C0C0, then places the rows: first block,
+// Resets the map to -1 and the table to kButtonFaceGrey, then places the rows: first block,
 // voltage levels (at most 20) and powered rows 70-79, second block, and the pipeline
 // block when enabled. Returns the names of rows 60-79.
 VoltageRowNames InitColorRowMap(ColorRowMapArray& map, ColorTableArray& table, const VoltageLevels& levels,

@@ -8,6 +8,7 @@
 #include "editor/session.h"
 #include "support/custom_file_dlg.h"
 #include "support/localization.h"
+#include "support/string_ids.h"
 #include "support/utils.h"
 
 namespace tq {
@@ -44,13 +45,12 @@ bool IsRefusedSchemeName(const std::string& name) {
 // ---- Helpers ----
 
 int frmTqColorSetting::Ask(const std::string& prompt, int buttons, int style) {
-  return platform_->ShowMessage(prompt, buttons, style, Text(1301));
+  return platform_->ShowMessage(prompt, buttons, style, Text(sid::kTitle));
 }
 
 bool frmTqColorSetting::IsIndexShown(int index) const {
-  const int row = table_.ColorRowMap[index];
   // A row shows the first index that points at it.
-  return row >= 0 && FindColorRow(table_.ColorRowMap, row) == index;
+  return RowIndex(table_.ColorRowMap[index]) == index;
 }
 
 // ---- The scheme list ----
@@ -67,7 +67,8 @@ void frmTqColorSetting::cmbColorSchemes_Click(int index) {
   if (index == last_scheme_index_) return;
   if (!filling_) {
     if (ColorsChanged) {
-      const std::string prompt = Text(1318) + FileNameOf(ClutFileName()) + " " + Text(1319);
+      const std::string prompt =
+          Text(sid::kColorsFor) + FileNameOf(ClutFileName()) + " " + Text(sid::kChangedSaveQuestion);
       if (Ask(prompt, kMbYesNo, kMbIconExclamation) == kIdYes) {
         if (!SaveColorTable(*platform_, table_)) {
           // The user has been told; the colours stay on the screen, unsaved, and with
@@ -143,7 +144,7 @@ std::optional<std::string> frmTqColorSetting::AcceptSchemeName(const std::string
   std::string name = typed;
   if (name.find('.') == std::string::npos) name += ".clut";
   if (IsRefusedSchemeName(name)) {
-    Ask("\"" + typed + "\" " + GetString(1452), kMbOk, kMbIconExclamation);
+    Ask("\"" + typed + "\" " + strings_.Get(sid::kSchemeNameRefused), kMbOk, kMbIconExclamation);
     return std::nullopt;
   }
   // Our own rule, wider than the listed schemes: any file of that name in the folder,
@@ -152,14 +153,15 @@ std::optional<std::string> frmTqColorSetting::AcceptSchemeName(const std::string
   for (const std::string& path : paths) exists = exists || EqualsIgnoreCase(*platform_, FileNameOf(path), name);
   for (const std::string& other : platform_->ListFileNames(GetColorSchemeFolder(schemes_)))
     exists = exists || EqualsIgnoreCase(*platform_, other, name);
-  if (exists && Ask(name + GetString(1451), kMbYesNo, kMbIconExclamation) != kIdYes) return std::nullopt;
+  if (exists && Ask(name + strings_.Get(sid::kSchemeExists), kMbYesNo, kMbIconExclamation) != kIdYes)
+    return std::nullopt;
   return name;
 }
 
 void frmTqColorSetting::cmdSave_Click() {
   if (!enablement_.save) return;  // the window disables what may not run; so does the session
   if (!CanAddColorScheme(schemes_)) {
-    Ask(Text(1320), kMbOk, kMbIconExclamation);
+    Ask(Text(sid::kTooManySchemes), kMbOk, kMbIconExclamation);
     return;
   }
   SaveSchemeRequest request{FileNameOf(ClutFileName()), scheme_list_index_, AuthorizationLevelTools,
@@ -180,7 +182,9 @@ void frmTqColorSetting::cmdSave_Click() {
     const bool scheme = FindColorScheme(*platform_, schemes_, path, position);
     if (!scheme || !platform_->FileExists(path)) {
       if (IoStatus copied = platform_->CopyFileTo(ClutFileName(), path, true); !copied) {
-        Ask(GetString(1312) + path + "\r\n" + copied.message + "\r\n\r\n" + GetString(1313), kMbOk, kMbIconCritical);
+        Ask(strings_.Get(sid::kCannotWrite) + path + "\r\n" + copied.message + "\r\n\r\n" +
+                strings_.Get(sid::kPreviousUnchanged),
+            kMbOk, kMbIconCritical);
         return;
       }
     }
@@ -216,7 +220,8 @@ void frmTqColorSetting::cmdDelete_Click() {
   if (index < 0 || index >= static_cast<int>(schemes.size())) return;
   const std::string path = schemes[index];
   const std::string name = FileNameOf(path);
-  if (Ask(Text(1321) + name + Text(1322), kMbYesNo, kMbIconExclamation) != kIdYes) return;
+  if (Ask(Text(sid::kDeleteQuestion) + name + Text(sid::kDeleteQuestionEnd), kMbYesNo, kMbIconExclamation) != kIdYes)
+    return;
   const int count = static_cast<int>(schemes.size());
   const int next = index == count - 1 ? std::max(index - 1, 0) : index;
   if (platform_->FileExists(path)) {
@@ -233,9 +238,9 @@ void frmTqColorSetting::cmdDelete_Click() {
 
 void frmTqColorSetting::miRestoreDefaults_Click() {
   if (!enablement_.restore_defaults) return;
-  if (Ask(Text(1317), kMbYesNo, kMbIconExclamation) != kIdYes) return;
+  if (Ask(Text(sid::kRestoreDefaultsQuestion), kMbYesNo, kMbIconExclamation) != kIdYes) return;
   if (ReadDVHome(*platform_).empty()) {
-    Ask(Text(1315), kMbOk, kMbIconCritical);
+    Ask(Text(sid::kNoDVHome), kMbOk, kMbIconCritical);
     return;
   }
   // Read aside: a copy that cannot be read is reported and leaves every row as it
@@ -260,8 +265,8 @@ std::string RestoreDefaultsSource(Platform& platform, const std::string& clut_fi
 
 std::string frmTqColorSetting::ChooseLogicalColorsFile(FileDialogKind kind) {
   const bool import = kind == FileDialogKind::Open;
-  const std::string filter = Text(1331) + " (*.ini)|*.ini|" + Text(1332) + " (*.*)|*.*|";
-  const std::string title = Text(import ? 1329 : 1330);
+  const std::string filter = Text(sid::kIniFiles) + " (*.ini)|*.ini|" + Text(sid::kAllFiles) + " (*.*)|*.*|";
+  const std::string title = Text(import ? sid::kImportTitle : sid::kExportTitle);
   const std::string root = InstallationRoot(ReadDVHome(*platform_));
   file_dialog_folder_ = root.empty() ? "C:\\" : root + "tq_lib\\defaults\\ColorSettingTool";
   if (UseCustomFileDlg && CustomFileDlg) {
@@ -288,11 +293,11 @@ void frmTqColorSetting::miExport_Click() {
     // A "not defined" row is exported as the colour its button shows.
     const std::int32_t colour = shown.kind == RowColour::Kind::Colour ? shown.colour : kClutNotDefined;
     const std::string value =
-        LogicalColorValue(index, colour, view_ ? view_->ButtonFaceColor() : 0xC0C0C0, RowName(row, voltage_names_),
+        LogicalColorValue(index, colour, view_ ? view_->ButtonFaceColor() : kButtonFaceGrey, RowName(row, voltage_names_),
                           GetTabCaptionOfRow(strip, row), GetCategoryNameOfRow(row));
     if (IoStatus written = platform_->IniWrite(kLogicalColorsSection, LogicalColorsKey(index), value, file);
         !written) {
-      Ask(file + "\r\n" + written.message + "\r\n\r\n" + Text(1306), kMbOk, kMbIconCritical);
+      Ask(file + "\r\n" + written.message + "\r\n\r\n" + Text(sid::kCannotSave), kMbOk, kMbIconCritical);
       break;
     }
     wrote = true;

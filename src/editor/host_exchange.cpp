@@ -137,7 +137,7 @@ ColorTableArray GetColorsByIndexTable(Platform& platform, const ColorSchemeModul
 std::int32_t GetColorByIndex(Platform& platform, const ColorSchemeModule& module, ColorTableState& state,
                              int index) {
   Refresh(platform, module, state);
-  return index >= 0 && index < kClutIndexCount ? state.ColorIndexValue[index] : 0xC0C0C0;
+  return index >= 0 && index < kClutIndexCount ? state.ColorIndexValue[index] : kButtonFaceGrey;
 }
 
 void SendColorValues(Platform& platform, const ColorSchemeModule& module, ColorTableState& state) {

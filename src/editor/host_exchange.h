@@ -56,7 +56,7 @@ void SendColorValues(HostLink* host, const ColorTableArray& table);
 // ---- The session's table, as the host reads it ---------------------------------
 
 // Re-read the colour table file into ColorIndexValue (unless ClutError), then the
-// copy of the table, or one entry (0xC0C0C0 for an index outside 0-285).
+// copy of the table, or one entry (kButtonFaceGrey for an index outside 0-285).
 ColorTableArray GetColorsByIndexTable(Platform& platform, const ColorSchemeModule& module, ColorTableState& state);
 std::int32_t GetColorByIndex(Platform& platform, const ColorSchemeModule& module, ColorTableState& state, int index);
 // The colour lists of the freshly read table to this thread's host; nothing without one.

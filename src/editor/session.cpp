@@ -1,127 +1,21 @@
 #include "editor/session.h"
 
-#include "support/thread_owned.h"
-
 #include "colortable/clut_locations.h"
 #include "editor/host_exchange.h"
 #include "locking/lock_file_creator.h"
 #include "support/localization.h"
+#include "support/string_ids.h"
 
 namespace tq {
-
-namespace {
-
-constexpr int kFirstTextId = 1301;
-
-SessionError TypeMismatch() { return {SessionError::Kind::TypeMismatch, "Type mismatch"}; }
-
-// One SetObjectValue key: the conversion the COM layer applies, and what the session
-// does with the converted value (nothing for the keys the COM layer handles itself).
-struct KeyRule {
-  const char* key;
-  ValueConversion conversion;
-  void (*apply)(frmTqColorSetting&, ControlInstanceState&, const SessionValue&);
-};
-
-const KeyRule* FindKeyRule(const std::string& key) {
-  using S = frmTqColorSetting;
-  using C = ControlInstanceState;
-  using V = SessionValue;
-  static const KeyRule rules[] = {
-      {"UserName", ValueConversion::String, [](S& s, C&, const V& v) { s.userName = std::get<std::string>(v); }},
-      {"Language", ValueConversion::String, [](S& s, C&, const V& v) { s.Language(std::get<std::string>(v)); }},
-      {"ApplicationName", ValueConversion::String, [](S& s, C&, const V& v) { s.ApplicationName = std::get<std::string>(v); }},
-      {"ApplicationNumber", ValueConversion::Int16, [](S& s, C&, const V& v) { s.ApplicationNumber = std::get<std::int16_t>(v); }},
-      {"HostApplication", ValueConversion::String, [](S& s, C&, const V& v) { s.HostApplication(std::get<std::string>(v)); }},
-      {"AppFolder", ValueConversion::String, [](S& s, C&, const V& v) { s.AppFolder = std::get<std::string>(v); }},
-      {"UserFolder", ValueConversion::String, [](S& s, C&, const V& v) { s.UserFolder = std::get<std::string>(v); }},
-      // The key without suffix has always set the tools level.
-      {"AuthorizationLevel", ValueConversion::Int16,
-       [](S& s, C&, const V& v) { s.AuthorizationLevelTools = std::get<std::int16_t>(v); }},
-      {"AuthorizationLevelGeneral", ValueConversion::Int16,
-       [](S& s, C&, const V& v) { s.AuthorizationLevelGeneral = std::get<std::int16_t>(v); }},
-      {"ListCommRef", ValueConversion::HostObject, nullptr},
-      {"bUseListCommRef", ValueConversion::Ignored, nullptr},
-      {"Pipeline", ValueConversion::Bool, [](S& s, C&, const V& v) { s.PipelineEnabled = std::get<bool>(v); }},
-      {"Initialize", ValueConversion::ExactText,
-       [](S& s, C& c, const V& v) {
-         const auto* text = std::get_if<std::string>(&v);
-         if (!text || *text != "ColorScheme") return;
-         s.ResolveSessionClutFile("");
-         c.ColorSchemeInitialized = true;
-       }},
-      {"SendColorValues", ValueConversion::NoValue, [](S& s, C&, const V&) { s.SendColorValues(); }},
-      {"UseCustomFileDlg", ValueConversion::Bool,
-       [](S& s, C& c, const V& v) {
-         s.UseCustomFileDlg = std::get<bool>(v);
-         s.CustomFileDlg = c.CustomFileDlg;
-       }},
-      {"hwndParentView", ValueConversion::Int32, [](S& s, C&, const V& v) { s.hwndParent = std::get<std::int32_t>(v); }},
-  };
-  for (const KeyRule& rule : rules)
-    if (key == rule.key) return &rule;
-  return nullptr;
-}
-
-// One GetObjectValue key and how the session answers it (`param` only for ColorByIndex).
-struct ReadRule {
-  const char* key;
-  SessionValue (*read)(frmTqColorSetting&, Platform&, std::int16_t param);
-};
-
-const ReadRule* FindReadRule(const std::string& key) {
-  using S = frmTqColorSetting;
-  using V = SessionValue;
-  static const ReadRule rules[] = {
-      {"ColorsByIndexTable",
-       [](S& s, Platform&, std::int16_t) -> V {
-         const ColorTableArray table = s.GetColorsByIndexTable();
-         return std::vector<std::int32_t>(table.begin(), table.end());
-       }},
-      {"ColorByIndex", [](S& s, Platform&, std::int16_t index) -> V { return s.GetColorByIndex(index); }},
-      {"AppFolder", [](S& s, Platform&, std::int16_t) -> V { return s.AppFolder; }},
-      {"UserFolder", [](S& s, Platform&, std::int16_t) -> V { return s.UserFolder; }},
-      {"AuthorizationLevel", [](S& s, Platform&, std::int16_t) -> V { return s.AuthorizationLevelTools; }},
-      {"AuthorizationLevelGeneral", [](S& s, Platform&, std::int16_t) -> V { return s.AuthorizationLevelGeneral; }},
-      {"ClutFile", [](S& s, Platform&, std::int16_t) -> V { return s.ClutFileName(); }},
-      {"DefinedClutFile", [](S& s, Platform&, std::int16_t) -> V { return s.DefinedClutFile(); }},
-      {"UseCustomFileDlg", [](S& s, Platform&, std::int16_t) -> V { return s.UseCustomFileDlg; }},
-  };
-  for (const ReadRule& rule : rules)
-    if (key == rule.key) return &rule;
-  return nullptr;
-}
-
-// Whether a value converted by the COM layer has the type its key asks for.
-bool HoldsConversion(const SessionValue& value, ValueConversion conversion) {
-  switch (conversion) {
-    case ValueConversion::String: return std::holds_alternative<std::string>(value);
-    case ValueConversion::Int16: return std::holds_alternative<std::int16_t>(value);
-    case ValueConversion::Int32: return std::holds_alternative<std::int32_t>(value);
-    case ValueConversion::Bool: return std::holds_alternative<bool>(value);
-    default: return true;
-  }
-}
-
-thread_local ThreadOwned<frmTqColorSetting> t_session;
-
-}  // namespace
-
-ValueConversion SetObjectValueConversion(const std::string& key) {
-  const KeyRule* rule = FindKeyRule(key);
-  return rule ? rule->conversion : ValueConversion::Unknown;
-}
-
-bool IsSessionValueKey(const std::string& key) { return FindReadRule(key) != nullptr; }
 
 EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorization_level_tools,
                                    bool restore_copy_exists, bool restore_source_exists, bool disable_ok,
                                    bool ok_before) {
-  // Levels below 2 (the initial -1 included) may neither edit, nor edit schemes, nor restore.
-  const bool allowed = authorization_level_tools >= 2;
+  // Lower levels (the initial -1 included) may neither edit, nor edit schemes, nor restore.
+  const bool allowed = authorization_level_tools >= kEditingLevel;
   const bool editable = enable_changes && allowed;
   EnableDecision d;
-  d.title_id = editable ? 1301 : 1302;
+  d.title_id = editable ? sid::kTitle : sid::kTitleReadOnly;
   d.ok = editable || (ok_before && !disable_ok);
   d.import_export = d.colour_buttons = d.save = editable;
   // Switched off by the host only, the user may still pick a scheme to look at.
@@ -132,18 +26,12 @@ EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorizati
   return d;
 }
 
-frmTqColorSetting& frmTqColorSetting::ThisThread(Platform& platform) {
-  if (!t_session.get()) t_session.Reset(std::make_unique<frmTqColorSetting>(platform));
-  t_session.get()->platform_ = &platform;
-  return *t_session.get();
-}
+frmTqColorSetting::frmTqColorSetting(Platform& platform, LanguageTexts& texts)
+    : platform_(&platform), strings_(texts) {}
 
-void frmTqColorSetting::DiscardThisThread() { t_session.Reset(nullptr); }
-
-frmTqColorSetting* frmTqColorSetting::FindThisThread() { return t_session.get(); }
-
-frmTqColorSetting::frmTqColorSetting(Platform& platform) : platform_(&platform) {
-  host_application_ = Text(kFirstTextId);  // still empty: no language yet
+void frmTqColorSetting::Begin() {
+  if (begun_) return;
+  begun_ = true;
   GetDVHome();  // only for its message when the toolkit is missing
   ClutFileName("");
 }
@@ -167,32 +55,22 @@ std::optional<bool> frmTqColorSetting::DlgReturnValue() const {
 
 void frmTqColorSetting::EnableChanges(bool value) {
   enable_changes_ = value;
-  caption_ = Text(value ? 1301 : 1302);
+  caption_ = Text(value ? sid::kTitle : sid::kTitleReadOnly);
 }
 
 void frmTqColorSetting::Language(const std::string& value) {
   language_ = value;
-  LoadLanguageLibrary(*platform_, value);
-  for (std::size_t i = 0; i < texts_.size(); ++i) texts_[i] = GetString(kFirstTextId + static_cast<int>(i));
+  strings_.Load(*platform_, value);
+  for (std::size_t i = 0; i < texts_.size(); ++i) texts_[i] = strings_.Get(sid::kFirstSessionText + static_cast<int>(i));
 }
 
 void frmTqColorSetting::HostApplication(const std::string& value) {
-  host_application_ = value.empty() ? Text(1301) : Text(1301) + " / " + value;
-}
-
-std::int16_t frmTqColorSetting::TabNumber() {
-  LoadForm();
-  return static_cast<std::int16_t>(selection_.TabNumber());
+  host_application_ = value.empty() ? Text(sid::kTitle) : Text(sid::kTitle) + " / " + value;
 }
 
 void frmTqColorSetting::TabNumber(std::int16_t value) {
   LoadForm();
   selection_.SetTabNumber(value);
-}
-
-std::int16_t frmTqColorSetting::CategoryNumber() {
-  LoadForm();
-  return static_cast<std::int16_t>(selection_.CategoryNumber());
 }
 
 void frmTqColorSetting::CategoryNumber(std::int16_t value) {
@@ -202,7 +80,7 @@ void frmTqColorSetting::CategoryNumber(std::int16_t value) {
 
 const std::string& frmTqColorSetting::Text(int id) const {
   static const std::string none;
-  const int i = id - kFirstTextId;
+  const int i = id - sid::kFirstSessionText;
   return i >= 0 && i < static_cast<int>(texts_.size()) ? texts_[i] : none;
 }
 
@@ -212,7 +90,7 @@ bool frmTqColorSetting::CheckCanContinueCST(bool showMessage) {
   if (!GetColorSchemeFolder(schemes_).empty()) return true;
   if (showMessage) {
     int buttons = kMbOk;
-    platform_->ShowMessage(GetString(1323), buttons, kMbIconCritical, GetString(1301));
+    platform_->ShowMessage(strings_.Get(sid::kNoAppFolder), buttons, kMbIconCritical, strings_.Get(sid::kTitle));
   }
   return false;
 }
@@ -303,14 +181,12 @@ void frmTqColorSetting::ShowColorRow(int row, std::int32_t color, int colorIndex
 }
 
 std::int32_t frmTqColorSetting::GetRowColor(int row) const {
-  const int index = FindColorRow(table_.ColorRowMap, row);
-  if (index < 0) return kSystemButtonFace;
-  const RowColour& shown = table_.rows[index];
-  return shown.kind == RowColour::Kind::Colour ? shown.colour : kSystemButtonFace;
+  const RowColour* shown = ShownRow(row);
+  return shown && shown->kind == RowColour::Kind::Colour ? shown->colour : kSystemButtonFace;
 }
 
 void frmTqColorSetting::ColorPicked(int row, std::optional<std::int32_t> chosen) {
-  const int index = FindColorRow(table_.ColorRowMap, row);
+  const int index = RowIndex(row);
   if (!chosen || index < 0) return;
   const ColourRows before = ColourRows::Of(table_);
   ShowColorRow(row, *chosen, index, kRowColour);
@@ -342,12 +218,21 @@ void frmTqColorSetting::QueryUnload(int unloadMode) {
 
 // ---- The window's life ----
 
+std::array<std::int16_t, kRowCount> frmTqColorSetting::MakeRowIndex(const ColorRowMapArray& map) {
+  std::array<std::int16_t, kRowCount> index;
+  index.fill(-1);
+  for (int i = kClutIndexCount - 1; i >= 0; --i)  // backwards: the first index that points at a row wins
+    if (map[i] >= 0 && map[i] < kRowCount) index[map[i]] = static_cast<std::int16_t>(i);
+  return index;
+}
+
 void frmTqColorSetting::LoadForm() {
   if (loaded_) return;
   loaded_ = true;  // first, so that the steps below may read the selection
   selection_ = TabSelection(PipelineEnabled);
   voltage_names_ = InitColorRowMap(table_.ColorRowMap, table_.ColorIndexValue, FetchVoltageLevels(platform_->Host()),
                                    PipelineEnabled);
+  row_index_ = MakeRowIndex(table_.ColorRowMap);
   table_.rows.fill(RowColour());
   history_.Clear();
   LockFileCreated = ColorsChanged = ColorThemeChanged = ColorsSaved = false;
@@ -367,6 +252,7 @@ void frmTqColorSetting::UnloadForm() {
 
 bool frmTqColorSetting::Show(ControlInstanceState& control, const std::string& clutFile, std::int16_t tabNumber,
                              std::int16_t categoryNumber, bool enableChanges, SessionError& error) {
+  Begin();
   // The thread has one editor: a Show from inside the open one (a host's timer, a
   // second control) gets false and leaves the open editor alone.
   if (showing_) return false;
@@ -407,7 +293,7 @@ bool frmTqColorSetting::Show(ControlInstanceState& control, const std::string& c
   }
   ApplyHeld();  // after the closed editor's file is recorded under the old context
   if (!ok) {
-    error = TypeMismatch();
+    error = SessionError::TypeMismatch();
     return false;
   }
   return *ok;
@@ -415,6 +301,7 @@ bool frmTqColorSetting::Show(ControlInstanceState& control, const std::string& c
 
 bool frmTqColorSetting::Show2(ControlInstanceState& control, const std::string& clutFile, const std::string& tabName,
                               std::int16_t categoryNumber, bool enableChanges, SessionError& error) {
+  Begin();
   LoadForm();  // the tab strip is the window's
   const std::vector<int>& strip = selection_.Strip();
   std::int16_t tab = 0;
@@ -425,48 +312,6 @@ bool frmTqColorSetting::Show2(ControlInstanceState& control, const std::string& 
     }
   }
   return Show(control, clutFile, tab, categoryNumber, enableChanges, error);
-}
-
-void frmTqColorSetting::SetObjectValue(ControlInstanceState& control, const std::string& key,
-                                       const SessionValue& value, SessionError& error) {
-  const KeyRule* rule = FindKeyRule(key);
-  if (!rule || !rule->apply) return;
-  if (!HoldsConversion(value, rule->conversion)) {
-    error = TypeMismatch();
-    return;
-  }
-  // Our own rule, where the host's contract is silent: a key that carries context (all
-  // but the command "SendColorValues") would change the file or the rules under the
-  // open editor, whose lock is on the old file. The open editor ignores it; it takes
-  // effect when the editor closes, so that the host's next Show sees it.
-  if (rule->conversion == ValueConversion::NoValue) return rule->apply(*this, control, value);
-  // A control released meanwhile is stood in for by its file-dialog object.
-  WhenClosed([this, rule, value, control = &control, alive = std::weak_ptr<const bool>(control.alive),
-              dialog = control.CustomFileDlg] {
-    ControlInstanceState stand_in;
-    stand_in.CustomFileDlg = dialog;
-    rule->apply(*this, alive.expired() ? stand_in : *control, value);
-  });
-}
-
-bool frmTqColorSetting::WhenClosed(std::function<void()> change) {
-  if (!showing_) {
-    change();
-    return false;
-  }
-  held_.push_back(std::move(change));
-  return true;
-}
-
-void frmTqColorSetting::ApplyHeld() {
-  std::vector<std::function<void()>> held;
-  held.swap(held_);
-  for (const auto& change : held) change();
-}
-
-SessionValue frmTqColorSetting::GetObjectValue(const std::string& key, std::int16_t param, SessionError&) {
-  const ReadRule* rule = FindReadRule(key);
-  return rule ? rule->read(*this, *platform_, param) : SessionValue();
 }
 
 }  // namespace tq

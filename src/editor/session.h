@@ -1,7 +1,8 @@
 // frmTqColorSetting: the editor session of one user-interface thread.
 //
 // One session per thread, created on first use and kept for the thread's life; all
-// controls of the thread share it. It holds the host's context, the change flags,
+// controls of the thread share it (the Windows side keeps it in the thread's context).
+// It holds the host's context, the change flags,
 // the colour table, the colour scheme module and the lock, and runs Show up to the
 // editor window. It is portable: the COM layer (src/control) converts the host's
 // VARIANTs to the types below and back, and turns a SessionError into the method's
@@ -21,7 +22,9 @@
 #include "colortable/color_table.h"
 #include "editor/catalogue.h"
 #include "editor/history.h"
+#include "support/localization.h"
 #include "support/platform.h"
+#include "support/string_ids.h"
 
 namespace tq {
 
@@ -38,8 +41,8 @@ enum class ValueConversion { Unknown, Ignored, NoValue, String, Int16, Int32, Bo
 ValueConversion SetObjectValueConversion(const std::string& key);
 
 // Whether GetObjectValue answers `key` from the session; any other key reads Empty,
-// and the COM layer answers it without creating the session (whose creation may show
-// a message box when the toolkit is missing).
+// and the COM layer answers it without creating the session (whose first member call
+// may show a message box when the toolkit is missing).
 bool IsSessionValueKey(const std::string& key);
 
 // A failure that reaches the host as the method's error result.
@@ -48,6 +51,7 @@ struct SessionError {
   Kind kind = Kind::None;
   std::string description;
   explicit operator bool() const { return kind != Kind::None; }
+  static SessionError TypeMismatch() { return {Kind::TypeMismatch, "Type mismatch"}; }
 };
 
 // The control's file-dialog object (support/custom_file_dlg.h).
@@ -66,10 +70,10 @@ struct ControlInstanceState {
 };
 
 // Which of the editor's controls are enabled, and which title the window shows
-// (string 1301 or 1302). MakeEnableChanges decides; the window applies it. A loaded
+// (sid::kTitle or kTitleReadOnly). MakeEnableChanges decides; the window applies it. A loaded
 // window starts with everything enabled, as designed.
 struct EnableDecision {
-  int title_id = 1301;
+  int title_id = sid::kTitle;
   bool ok = true;
   bool import_export = true;  // menu items Import and Export
   bool restore_defaults = true;
@@ -94,12 +98,13 @@ EnableDecision DecideEnableChanges(bool enable_changes, std::int16_t authorizati
 // when this file exists: it never offers what it then cannot find.
 std::string RestoreDefaultsSource(Platform& platform, const std::string& clut_file);
 
-// Row state codes of ShowColorRow, and the colour GetRowColor gives for a row that
-// shows no colour: the system's button face, as an OLE system colour.
+// Row state codes of ShowColorRow (GetRowColor gives kSystemButtonFace for a row that
+// shows no colour).
 constexpr int kRowColour = -101;
 constexpr int kRowUnreadable = -1;
 constexpr int kRowNotDefined = -2;
-constexpr std::int32_t kSystemButtonFace = static_cast<std::int32_t>(0x8000000F);
+// The tools authorisation level from which the user may edit colours and schemes.
+constexpr std::int16_t kEditingLevel = 2;
 // The unload mode of the window's own close command (close box, Alt+F4, system menu).
 constexpr int kUnloadFromControlMenu = 0;
 
@@ -107,7 +112,7 @@ constexpr int kUnloadFromControlMenu = 0;
 struct SaveSchemeRequest {
   std::string proposed_name;  // the current scheme's file name
   int list_index = 0;
-  std::int16_t authorization_level = -1;  // the text box and OK are enabled from 2
+  std::int16_t authorization_level = -1;  // the text box and OK are enabled from kEditingLevel
   std::vector<std::string> scheme_paths;
   // The dialog's OK with the typed text: the name to close with, or nullopt when the
   // dialog stays open (the user was told why, or does not want to overwrite).
@@ -147,7 +152,7 @@ class EditorView {
   // The window's handle, as the host's own file dialog gets it (0 without one).
   virtual std::int32_t WindowHandle() const { return 0; }
   // What a row without a colour shows on its button (the system's button face).
-  virtual std::int32_t ButtonFaceColor() const { return 0xC0C0C0; }
+  virtual std::int32_t ButtonFaceColor() const { return kButtonFaceGrey; }
 };
 
 // A name typed into the Save As dialog that could leave the scheme folder or that
@@ -159,19 +164,15 @@ bool IsRefusedSchemeName(const std::string& name);
 
 class frmTqColorSetting {
  public:
-  // This thread's session, created (initialise handler) on first use. The session
-  // works through the platform of the latest call.
-  static frmTqColorSetting& ThisThread(Platform& platform);
-  // Drops this thread's session (and with it any lock it holds): for tests.
-  static void DiscardThisThread();
-  // This thread's session when there is one; creates none.
-  static frmTqColorSetting* FindThisThread();
-
-  // The initialise handler.
-  explicit frmTqColorSetting(Platform& platform);
+  // `texts` are the thread's language texts, which the Language property loads.
+  frmTqColorSetting(Platform& platform, LanguageTexts& texts);
   ~frmTqColorSetting();
   frmTqColorSetting(const frmTqColorSetting&) = delete;
   frmTqColorSetting& operator=(const frmTqColorSetting&) = delete;
+
+  // The initialise handler: the default colour table, found through DVHOME (telling
+  // the user when the toolkit is missing). The four members run it on their first call.
+  void Begin();
 
   // The control's four members. On failure `error` is set and the result is meaningless.
   bool Show(ControlInstanceState& control, const std::string& clutFile, std::int16_t tabNumber,
@@ -222,15 +223,16 @@ class frmTqColorSetting {
   std::optional<bool> DlgReturnValue() const;
   void DlgReturnValue(bool value) { dlg_return_value_ = value ? "True" : "False"; }
   bool EnableChanges() const { return enable_changes_; }
-  void EnableChanges(bool value);               // also sets the title (1301 / 1302)
+  void EnableChanges(bool value);               // also sets the title
   const std::string& Language() const { return language_; }
   void Language(const std::string& value);      // loads the language library and the texts
   const std::string& HostApplication() const { return host_application_; }
   void HostApplication(const std::string& value);  // title text + " / " + value
-  // The selection lives in the window's tab strip and category lists, so both load it.
-  std::int16_t TabNumber();
+  // The selection lives in the window's tab strip and category lists: the setters load
+  // the form, the getters read what it holds.
+  std::int16_t TabNumber() const { return static_cast<std::int16_t>(selection_.TabNumber()); }
   void TabNumber(std::int16_t value);
-  std::int16_t CategoryNumber();
+  std::int16_t CategoryNumber() const { return static_cast<std::int16_t>(selection_.CategoryNumber()); }
   void CategoryNumber(std::int16_t value);
   // The editor window's title.
   const std::string& Caption() const { return caption_; }
@@ -307,14 +309,23 @@ class frmTqColorSetting {
   bool IsLoaded() const { return loaded_; }
 
   // ---- The model the window shows ----
-  ColorTableState& Table() { return table_; }
+  const ColorTableState& Table() const { return table_; }
+  // The table index that colour row `row` shows (the first index that points at it),
+  // -1 for a row that shows none.
+  int RowIndex(int row) const { return row >= 0 && row < kRowCount ? row_index_[row] : -1; }
+  // What colour row `row` shows; null for a row that shows no index.
+  const RowColour* ShownRow(int row) const {
+    const int index = RowIndex(row);
+    return index >= 0 ? &table_.rows[index] : nullptr;
+  }
   // Scheme folder, settings paths and the scheme list.
   const ColorSchemeModule& Schemes() const { return schemes_; }
   TabSelection& Selection() { return selection_; }
   const VoltageRowNames& VoltageNames() const { return voltage_names_; }
   const EnableDecision& Enablement() const { return enablement_; }
   int SchemeListIndex() const { return scheme_list_index_; }
-  // The session's texts 1301-1332, loaded with the language ("" before).
+  // The session's texts sid::kFirstSessionText to kLastSessionText, loaded with the
+  // language ("" before).
   const std::string& Text(int id) const;
 
  private:
@@ -336,20 +347,24 @@ class frmTqColorSetting {
   int Ask(const std::string& prompt, int buttons, int style);
 
   Platform* platform_;
+  LanguageTexts& strings_;
   EditorView* view_ = nullptr;
   ColorTableState table_;
+  std::array<std::int16_t, kRowCount> row_index_ = MakeRowIndex(table_.ColorRowMap);  // RowIndex by row
+  static std::array<std::int16_t, kRowCount> MakeRowIndex(const ColorRowMapArray& map);
   ColorSchemeModule schemes_;  // empty folder until the colour-scheme initialisation
   std::unique_ptr<clsLockFileCreator> lock_;
   TabSelection selection_{false};
   VoltageRowNames voltage_names_;
   EnableDecision enablement_;
-  std::array<std::string, 32> texts_;
+  std::array<std::string, sid::kLastSessionText - sid::kFirstSessionText + 1> texts_;
   std::string ini_file_name_;
   std::string dlg_return_value_;
   std::string language_ = "EN";
   std::string host_application_;
   std::string caption_;
   bool enable_changes_ = false;
+  bool begun_ = false;
   bool loaded_ = false;
   bool showing_ = false;  // inside Show
   bool host_enable_changes_ = false;  // EnableChanges as the host asked for it

@@ -1,25 +1,12 @@
 #include "support/localization.h"
 
 #include <algorithm>
-#include <unordered_map>
 
 #include "support/builtin_strings.h"
 #include "support/platform.h"
-#include "support/thread_owned.h"
+#include "support/thread_context.h"
 
 namespace tq {
-
-namespace {
-
-// The texts of the loaded library, read once when it loads: a lookup then needs
-// neither the library nor the platform that loaded it.
-struct LanguageState {
-  std::unordered_map<int, std::string> texts;
-};
-
-thread_local ThreadOwned<LanguageState> t_language;
-
-}  // namespace
 
 std::string_view BuiltinString(int id) {
   const BuiltinStringEntry* end = kBuiltinStrings + kBuiltinStringCount;
@@ -39,26 +26,29 @@ std::string LanguageLibraryPath(const std::string& folder, const std::string& co
   return folder + "\\" + code + "\\ColorSettingTool_" + code + ".dll";
 }
 
-void LoadLanguageLibraryFrom(Platform& platform, const std::string& folder, const std::string& language) {
+void LanguageTexts::LoadFrom(Platform& platform, const std::string& folder, const std::string& language) {
   const void* library = nullptr;
   if (IsPlainLanguageCode(language)) library = platform.LoadLibraryFile(LanguageLibraryPath(folder, language));
   if (!library) library = platform.LoadLibraryFile(LanguageLibraryPath(folder, "EN"));
   if (!library) return;  // an earlier library stays in use, or none
-  LanguageState& state = t_language.Get();
-  state.texts.clear();
+  texts_.clear();
   for (std::size_t i = 0; i < kBuiltinStringCount; ++i) {
     std::string text = platform.LibraryString(library, kBuiltinStrings[i].id);
-    if (!text.empty()) state.texts.emplace(kBuiltinStrings[i].id, std::move(text));
+    if (!text.empty()) texts_.emplace(kBuiltinStrings[i].id, std::move(text));
   }
 }
 
-void LoadLanguageLibrary(Platform& platform, const std::string& language) {
-  LoadLanguageLibraryFrom(platform, platform.ModuleFolder(), language);
+void LanguageTexts::Load(Platform& platform, const std::string& language) {
+  LoadFrom(platform, platform.ModuleFolder(), language);
+}
+
+std::string LanguageTexts::Get(int id) const {
+  if (const auto it = texts_.find(id); it != texts_.end()) return it->second;
+  return std::string(BuiltinString(id));
 }
 
 std::string GetString(int id) {
-  if (const LanguageState* language = t_language.get())
-    if (const auto it = language->texts.find(id); it != language->texts.end()) return it->second;
+  if (const ThreadContext* context = ThreadContext::Find()) return context->Texts().Get(id);
   return std::string(BuiltinString(id));
 }
 

@@ -1,12 +1,13 @@
 // Texts by string ID, from the language library chosen by the host's language,
 // then the English library, then the built-in English table.
 //
-// The loaded library is per thread, as all module state of the control: each
-// user-interface thread has its own language. Libraries are never unloaded.
+// The loaded texts are per thread (support/thread_context.h): each user-interface
+// thread has its own language. Libraries are never unloaded.
 #pragma once
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 namespace tq {
 
@@ -19,14 +20,23 @@ bool IsPlainLanguageCode(std::string_view code);
 // folder + "\" + code + "\ColorSettingTool_" + code + ".dll"
 std::string LanguageLibraryPath(const std::string& folder, const std::string& code);
 
-// Loads the library of `language` beside the control library (Platform::ModuleFolder),
-// falling back to EN; when both fail the thread keeps the library it had.
-void LoadLanguageLibrary(Platform& platform, const std::string& language);
-// The same with an explicit folder (the control library's folder, without trailing "\").
-void LoadLanguageLibraryFrom(Platform& platform, const std::string& folder, const std::string& language);
+// The texts of one language library, read once when it loads: a lookup then needs
+// neither the library nor the platform that loaded it.
+class LanguageTexts {
+ public:
+  // Loads the library of `language` beside the control library (Platform::ModuleFolder),
+  // falling back to EN; when both fail the texts loaded before stay.
+  void Load(Platform& platform, const std::string& language);
+  // The same with an explicit folder (the control library's folder, without trailing "\").
+  void LoadFrom(Platform& platform, const std::string& folder, const std::string& language);
+  // The text of a string ID: loaded library, else built-in English, else "".
+  std::string Get(int id) const;
 
+ private:
+  std::unordered_map<int, std::string> texts_;
+};
 
-// The text of a string ID: loaded library, else built-in English, else "".
+// The text of a string ID in this thread's language (ThreadContext), else built-in English.
 std::string GetString(int id);
 
 }  // namespace tq

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/string_ids.h"
 #include "win32/editor_ids.h"
 #include "win32/editor_parts.h"
 #include "win32/handles.h"
@@ -43,10 +44,11 @@ void EditorWindow::CreateControls() {
     auto twips_of = [&](const std::wstring& text) { return MulDiv(meter.Width(text), 1440, dpi_) + kGap; };
     int widest = 2400;
     for (int row = 0; row < kRowCount; ++row)
-      if (IsRowShown(s.Table().ColorRowMap, row)) widest = std::max(widest, twips_of(Widen(RowName(row, s.VoltageNames()))));
+      if (s.RowIndex(row) >= 0) widest = std::max(widest, twips_of(Widen(RowName(row, s.VoltageNames()))));
     name_width_ = widest;
     // The RGB column grows for a font or language that needs it; the names move right.
-    rgb_width_ = std::max({kRgbWidth, twips_of(L"(255, 255, 255)"), twips_of(Caption(1303)), twips_of(Caption(1304))});
+    rgb_width_ = std::max({kRgbWidth, twips_of(L"(255, 255, 255)"), twips_of(Caption(sid::kUnreadable)),
+                           twips_of(Caption(sid::kNotDefined))});
     name_left_ = std::max(kNameLeft, kRgbLeft + rgb_width_ + kGap);
   }
 
@@ -75,13 +77,13 @@ void EditorWindow::CreateControls() {
   };
   CreateChild(hwnd_, combo_class_, L"", WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST, ids::kSchemeCombo,
               {0, 0, kSchemeComboWidth, kComboDrop});
-  button(ids::kSaveAsButton, 1208, BS_PUSHBUTTON);
-  button(ids::kDeleteButton, 1209, BS_PUSHBUTTON);
+  button(ids::kSaveAsButton, sid::kSaveAs, BS_PUSHBUTTON);
+  button(ids::kDeleteButton, sid::kDelete, BS_PUSHBUTTON);
   // The menu opens on the press of the mouse button, not on its release.
-  SetWindowSubclass(button(ids::kMoreButton, 1203, BS_PUSHBUTTON), &MoreButtonProc, 0,
+  SetWindowSubclass(button(ids::kMoreButton, sid::kMore, BS_PUSHBUTTON), &MoreButtonProc, 0,
                     reinterpret_cast<DWORD_PTR>(this));
-  button(ids::kOk, 1201, BS_DEFPUSHBUTTON);
-  button(ids::kCancel, 1202, BS_PUSHBUTTON);
+  button(ids::kOk, sid::kOk, BS_DEFPUSHBUTTON);
+  button(ids::kCancel, sid::kCancel, BS_PUSHBUTTON);
   Layout();
 }
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "win32/check_window.h"
+#include "support/string_ids.h"
 #include "win32/editor_ids.h"
 #include "win32/editor_parts.h"
 #include "win32/text.h"
@@ -47,7 +48,7 @@ void EditorWindow::BuildFrame(int page, int f) {
   for (int k = 0; k < frame.row_count; ++k) {
     const int row = frame.first_row + k;
     // A hidden row keeps its empty place: rows never move.
-    const DWORD shown = IsRowShown(s.Table().ColorRowMap, row) ? WS_VISIBLE : 0;
+    const DWORD shown = s.RowIndex(row) >= 0 ? WS_VISIBLE : 0;
     const int y = RowTop(row);
     color_buttons_[row] = CreateChild(box, button_class_, Widen(RowName(row, s.VoltageNames())),
                                       shown | WS_TABSTOP | BS_OWNERDRAW | (enabled ? 0 : WS_DISABLED),
@@ -74,12 +75,11 @@ void EditorWindow::AddTool(HWND parent, HWND tool, wchar_t* text) {
 }
 
 std::wstring EditorWindow::RgbTextOf(int row) const {
-  const int index = FindColorRow(session_->Table().ColorRowMap, row);
-  if (index < 0) return Widen(kRgbDesignText);
-  const RowColour& shown = session_->Table().rows[index];
-  return shown.kind == RowColour::Kind::Colour       ? RgbText(shown.colour)
-         : shown.kind == RowColour::Kind::Unreadable ? Caption(1303)
-                                                     : Caption(1304);
+  const RowColour* shown = session_->ShownRow(row);
+  if (!shown) return Widen(kRgbDesignText);
+  return shown->kind == RowColour::Kind::Colour       ? RgbText(shown->colour)
+         : shown->kind == RowColour::Kind::Unreadable ? Caption(sid::kUnreadable)
+                                                      : Caption(sid::kNotDefined);
 }
 
 void EditorWindow::RowChanged(int row) {
@@ -139,8 +139,8 @@ HBRUSH EditorWindow::OnStaticColor(HDC dc, HWND control) {
   const int id = GetDlgCtrlID(control);
   COLORREF text = GetSysColor(COLOR_BTNTEXT);
   if (IsIdIn(id, ids::kRgbLabel)) {
-    const int index = FindColorRow(session_->Table().ColorRowMap, id - ids::kRgbLabel);
-    if (index >= 0 && session_->Table().rows[index].kind != RowColour::Kind::Colour) text = RGB(255, 0, 0);
+    const RowColour* shown = session_->ShownRow(id - ids::kRgbLabel);
+    if (shown && shown->kind != RowColour::Kind::Colour) text = RGB(255, 0, 0);
   }
   SetTextColor(dc, IsWindowEnabled(control) ? text : GetSysColor(COLOR_GRAYTEXT));
   SetBkColor(dc, GetSysColor(COLOR_BTNFACE));

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "support/localization.h"
-#include "support/thread_owned.h"
+#include "support/string_ids.h"
 #include "win32/check_window.h"
 #include "win32/common_dialog.h"
 #include "win32/editor_ids.h"
@@ -45,7 +45,6 @@ int WindowDpi(HWND hwnd) {
   return ThreadDpi();
 }
 
-thread_local ThreadOwned<EditorWindow> t_window;
 LONG g_live_windows = 0;
 INIT_ONCE g_classes_registered = INIT_ONCE_STATIC_INIT;
 
@@ -93,8 +92,6 @@ COLORREF Resolve(std::int32_t colour) {
   return colour == kSystemButtonFace ? GetSysColor(COLOR_BTNFACE) : static_cast<COLORREF>(colour & 0xFFFFFF);
 }
 
-EditorWindow& EditorWindow::ThisThread() { return t_window.Get(); }
-
 long EditorWindow::LiveWindows() { return InterlockedCompareExchange(&g_live_windows, 0, 0); }
 
 bool EditorWindow::RegisterClasses() {
@@ -127,7 +124,6 @@ void EditorWindow::UnregisterClasses() {
 }
 
 EditorWindow::EditorWindow() : checks_(std::make_unique<CheckUi>(*this)) {}
-
 EditorWindow::~EditorWindow() { Destroy(); }
 
 std::wstring EditorWindow::Caption(int id) const {
@@ -178,7 +174,7 @@ void EditorWindow::Build(frmTqColorSetting& session) {
   if (!hwnd_) {
     // The session goes on as if the user had cancelled: the user learns why.
     int buttons = MB_OK;
-    ShowMessage(GetString(1333) + "\r\n" + ErrorText(error), buttons, MB_ICONSTOP, session.Caption());
+    ShowMessage(GetString(sid::kWindowFailed) + "\r\n" + ErrorText(error), buttons, MB_ICONSTOP, session.Caption());
     return;
   }
   InterlockedIncrement(&g_live_windows);
@@ -352,8 +348,8 @@ LRESULT EditorWindow::Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lpar
         auto& info = *reinterpret_cast<NMTTDISPINFOW*>(lparam);
         const int id = GetDlgCtrlID(reinterpret_cast<HWND>(header.idFrom));
         tooltip_text_ = IsIdIn(id, ids::kNameLabel)
-                            ? Caption(kColorIndexTooltipId) +
-                                  std::to_wstring(FindColorRow(session_->Table().ColorRowMap, id - ids::kNameLabel))
+                            ? Caption(sid::kColorIndexTooltip) +
+                                  std::to_wstring(session_->RowIndex(id - ids::kNameLabel))
                             : file_tip_;
         info.lpszText = tooltip_text_.data();
         return 0;

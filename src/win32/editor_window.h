@@ -2,7 +2,8 @@
 //
 // It draws the session's model (pages and rows from the catalogue, colours from the
 // row states, enablement from MakeEnableChanges) and turns clicks and keys into calls
-// on the session. One per thread, like the session. Control ids: editor_ids.h.
+// on the session. One per thread, like the session (win32/thread_state.h); the
+// window itself exists from Load to Unload. Control ids: editor_ids.h.
 // The members live in editor_window.cpp (life, procedures), editor_layout.cpp,
 // editor_rows.cpp and editor_commands.cpp, which share editor_parts.h.
 #pragma once
@@ -28,8 +29,6 @@ class EditorWindow final : public EditorView {
   }
 
  public:
-  // This thread's window object (the window itself exists from Load to Unload).
-  static EditorWindow& ThisThread();
   // Registers the window classes once per process (each thread's first editor may come
   // at the same moment); false only when the system refuses them. They would outlive a
   // library that the host unloads and loads again: the library removes them when it is

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "support/localization.h"
+#include "support/string_ids.h"
 #include "win32/guard.h"
 #include "win32/text.h"
 
@@ -13,9 +14,13 @@ namespace tq::win {
 
 namespace {
 
-// Per thread: a box on one thread never disturbs another.
-thread_local int t_button_set = 0;
-thread_local HHOOK t_hook = nullptr;  // plain: see support/thread_owned.h
+// The box being shown on this thread: a box on one thread never disturbs another. A
+// thread_local of plain data, because the hook procedure gets no pointer of ours.
+struct BoxHook {
+  int button_set = 0;
+  HHOOK hook = nullptr;
+};
+thread_local BoxHook t_box;
 
 void SetItemText(HWND box, int item, int string_id) {
   SetDlgItemTextW(box, item, Widen(GetString(string_id)).c_str());
@@ -25,21 +30,21 @@ void SetItemText(HWND box, int item, int string_id) {
 // on its buttons and removes itself. The host's own hooks on this thread still see
 // every event.
 LRESULT CALLBACK CaptionHook(int code, WPARAM wparam, LPARAM lparam) {
-  const LRESULT next = CallNextHookEx(t_hook, code, wparam, lparam);
+  const LRESULT next = CallNextHookEx(t_box.hook, code, wparam, lparam);
   if (code == HCBT_ACTIVATE) {
     HWND box = reinterpret_cast<HWND>(wparam);
     // A box whose captions could not be made keeps the system's.
     GuardCallback(0, [&] {
-      if (t_button_set == MB_OK) {
-        SetItemText(box, IDOK, 1551);
-      } else if (t_button_set == MB_YESNO) {
-        SetItemText(box, IDYES, 1552);
-        SetItemText(box, IDNO, 1553);
+      if (t_box.button_set == MB_OK) {
+        SetItemText(box, IDOK, sid::kBoxOk);
+      } else if (t_box.button_set == MB_YESNO) {
+        SetItemText(box, IDYES, sid::kBoxYes);
+        SetItemText(box, IDNO, sid::kBoxNo);
       }
       return 0;
     });
-    UnhookWindowsHookEx(t_hook);
-    t_hook = nullptr;
+    UnhookWindowsHookEx(t_box.hook);
+    t_box.hook = nullptr;
   }
   return next;
 }
@@ -47,18 +52,18 @@ LRESULT CALLBACK CaptionHook(int code, WPARAM wparam, LPARAM lparam) {
 }  // namespace
 
 int ShowMessage(const std::string& prompt, int& buttons, int style, const std::string& title) {
-  t_button_set = buttons;
+  t_box.button_set = buttons;
   const long long combined = static_cast<long long>(buttons) + style;
   if (combined < std::numeric_limits<std::int16_t>::min() || combined > std::numeric_limits<std::int16_t>::max())
     return 0;  // the caller's 16-bit style cannot hold it: an error, not a box
   buttons = static_cast<int>(combined);
 
   HWND owner = GetActiveWindow();
-  t_hook = SetWindowsHookExW(WH_CBT, CaptionHook, nullptr, GetCurrentThreadId());
+  t_box.hook = SetWindowsHookExW(WH_CBT, CaptionHook, nullptr, GetCurrentThreadId());
   const int result = MessageBoxW(owner, Widen(prompt).c_str(), Widen(title).c_str(), static_cast<UINT>(buttons));
-  if (t_hook) {  // the box failed before it was activated
-    UnhookWindowsHookEx(t_hook);
-    t_hook = nullptr;
+  if (t_box.hook) {  // the box failed before it was activated
+    UnhookWindowsHookEx(t_box.hook);
+    t_box.hook = nullptr;
   }
   return result;
 }

@@ -2,9 +2,9 @@
 
 #include <vector>
 
-#include "support/thread_owned.h"
 #include "win32/handles.h"
 #include "win32/text.h"
+#include "win32/thread_state.h"
 
 namespace tq::win {
 
@@ -40,12 +40,8 @@ bool IniWrite(const std::string& section, const std::string& key, const std::str
   return WritePrivateProfileStringW(Widen(section).c_str(), Widen(key).c_str(), Widen(value).c_str(), Widen(file).c_str());
 }
 
-namespace {
-thread_local ThreadOwned<UniqueHandle> t_ini_mutex;
-}
-
 bool AcquireIniMutex(DWORD timeout_ms) {
-  UniqueHandle& mutex = t_ini_mutex.Get();
+  UniqueHandle& mutex = ThreadState::This().ini_mutex;
   if (!mutex) {
     mutex.reset(CreateMutexW(nullptr, FALSE, L"IniFileWrite"));
     if (mutex && GetLastError() == ERROR_ALREADY_EXISTS) mutex.reset(OpenMutexW(MUTEX_ALL_ACCESS, FALSE, L"IniFileWrite"));
@@ -58,10 +54,10 @@ bool AcquireIniMutex(DWORD timeout_ms) {
 }
 
 void ReleaseIniMutex() {
-  UniqueHandle* mutex = t_ini_mutex.get();
-  if (!mutex || !*mutex) return;
-  ReleaseMutex(mutex->get());
-  mutex->reset();
+  ThreadState* state = ThreadState::Find();
+  if (!state || !state->ini_mutex) return;
+  ReleaseMutex(state->ini_mutex.get());
+  state->ini_mutex.reset();
 }
 
 }  // namespace tq::win

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/localization.h"
+#include "support/string_ids.h"
 #include "win32/dialog_template.h"
 #include "win32/editor_ids.h"
 #include "win32/guard.h"
@@ -22,14 +23,6 @@ namespace ids = editor_ids;
 
 namespace {
 
-// String ids of the dialog's captions.
-constexpr int kTitleString = 1401;
-constexpr int kLabelString = 1402;
-constexpr int kOkString = 1403;
-constexpr int kCancelString = 1404;
-
-// From a level of 2 the user may save schemes; below it the dialog only shows the name.
-constexpr int kSaveLevel = 2;
 
 // What the dialog procedure works with, reached through DWLP_USER.
 struct DialogState {
@@ -76,14 +69,15 @@ void CentreOver(HWND dialog, HWND editor) {
 
 void OnInit(HWND dialog, DialogState& state) {
   const SaveSchemeRequest& request = *state.request;
-  SetCaption(dialog, kTitleString);
-  SetCaption(GetDlgItem(dialog, ids::kSchemeNameLabel), kLabelString);
-  SetCaption(GetDlgItem(dialog, IDOK), kOkString);
-  SetCaption(GetDlgItem(dialog, IDCANCEL), kCancelString);
+  SetCaption(dialog, sid::kSaveSchemeTitle);
+  SetCaption(GetDlgItem(dialog, ids::kSchemeNameLabel), sid::kSchemeNameLabel);
+  SetCaption(GetDlgItem(dialog, IDOK), sid::kSaveSchemeOk);
+  SetCaption(GetDlgItem(dialog, IDCANCEL), sid::kSaveSchemeCancel);
 
   HWND edit = GetDlgItem(dialog, ids::kSchemeNameEdit);
   SetWindowTextW(edit, Widen(request.proposed_name).c_str());
-  const bool may_save = request.authorization_level >= kSaveLevel;
+  // Below the editing level the dialog only shows the name.
+  const bool may_save = request.authorization_level >= kEditingLevel;
   EnableWindow(edit, may_save);
   EnableWindow(GetDlgItem(dialog, IDOK), may_save);
 

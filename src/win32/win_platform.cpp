@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include "support/thread_owned.h"
 #include "win32/handles.h"
 #include "win32/msgbox.h"
 #include "win32/registry_ini.h"
 #include "win32/text.h"
+#include "win32/thread_state.h"
 
 namespace tq::win {
 
@@ -18,8 +18,6 @@ IoStatus LastError() {
 }
 
 IoStatus Check(BOOL ok) { return ok ? IoStatus::Ok() : LastError(); }
-
-thread_local ThreadOwned<std::shared_ptr<HostLink>> t_host;
 
 class WinLockHandle : public LockHandle {
  public:
@@ -283,10 +281,9 @@ int WinPlatform::ShowMessage(const std::string& prompt, int& buttons, int style,
   return win::ShowMessage(prompt, buttons, style, title);
 }
 
-HostLink* WinPlatform::Host() { return t_host.get() ? t_host.get()->get() : nullptr; }
-
-std::shared_ptr<HostLink> WinPlatform::SetThreadHost(std::shared_ptr<HostLink> host) {
-  return std::exchange(t_host.Get(), std::move(host));
+HostLink* WinPlatform::Host() {
+  const ThreadState* state = ThreadState::Find();
+  return state ? state->host.get() : nullptr;
 }
 
 std::string WinPlatform::ModuleFolder() {

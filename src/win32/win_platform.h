@@ -54,9 +54,6 @@ class WinPlatform : public Platform {
   std::string ModuleFolder() override;
   const void* LoadLibraryFile(const std::string& path) override;
   std::string LibraryString(const void* library, int id) override;
-
-  // This thread's host object ("ListCommRef"); null forgets it. Returns the one it replaces.
-  static std::shared_ptr<HostLink> SetThreadHost(std::shared_ptr<HostLink> host);
 };
 
 }  // namespace tq::win

@@ -12,6 +12,7 @@
 #include "common/test_platform.h"
 #include "locking/lock_file_creator.h"
 #include "support/localization.h"
+#include "support/thread_context.h"
 #include "support/utils.h"
 
 namespace tq {
@@ -77,10 +78,18 @@ class Session : public ::testing::Test {
       ASSERT_TRUE(p.CopyFileTo(std::string(TQ_SOURCE_DIR) + "/data/" + name, home / "etc\\" + name, false));
     p.host = [this](int kind, const std::string& text) { return kind != kHostCreateFolder || p.CreateFolder(text); };
   }
-  void TearDown() override { frmTqColorSetting::DiscardThisThread(); }
+  void TearDown() override {
+    session.reset();  // with any lock it holds
+    ThreadContext::End();
+  }
+  // The thread's session, as the control keeps it.
+  frmTqColorSetting& This() {
+    if (!session) session = std::make_unique<frmTqColorSetting>(p, ThreadContext::This().Texts());
+    return *session;
+  }
   // The host's start-up: its context, then "Initialize".
   frmTqColorSetting& Initialize(ControlInstanceState& c) {
-    frmTqColorSetting& s = frmTqColorSetting::ThisThread(p);
+    frmTqColorSetting& s = This();
     for (auto [key, value] : {std::pair<const char*, SessionValue>{"AppFolder", app.path()}, {"UserFolder", user.path()},
                               {"Language", "EN"}, {"UserName", "op1"}, {"HostApplication", "Display"},
                               {"AuthorizationLevel", std::int16_t{2}}, {"Initialize", "ColorScheme"}})
@@ -90,7 +99,7 @@ class Session : public ::testing::Test {
   }
   // Show, or Show2 when a tab is named.
   bool Show(ControlInstanceState& c, const std::string& file = "", const char* tab = nullptr) {
-    frmTqColorSetting& s = frmTqColorSetting::ThisThread(p);
+    frmTqColorSetting& s = This();
     const bool result = tab ? s.Show2(c, file, tab, 0, true, error) : s.Show(c, file, 0, 0, true, error);
     EXPECT_FALSE(error);
     return result;
@@ -117,10 +126,11 @@ class Session : public ::testing::Test {
   ScriptedEditor editor;
   SessionError error;
   std::list<clsLockFileCreator> holders;
+  std::unique_ptr<frmTqColorSetting> session;
 };
 
 TEST_F(Session, StartsWithItsDefaultsAppliesEachSetterRuleAndOpensOnlyOnceInitialised) {
-  frmTqColorSetting s(p);
+  frmTqColorSetting s(p, ThreadContext::This().Texts());
   ControlInstanceState c;
   const std::string factory = p.AbsolutePath(home / "etc\\QLT830_colors.clut");
   const std::string roundabout = home / "etc\\..\\etc\\QLT830_colors.clut";
@@ -157,9 +167,11 @@ TEST_F(Session, StartsWithItsDefaultsAppliesEachSetterRuleAndOpensOnlyOnceInitia
   s.SetObjectValue(c, "ApplicationNumber", std::string("seven"), error);
   EXPECT_EQ(error.kind, SessionError::Kind::TypeMismatch);
 
-  p.dvhome.clear();  // no toolkit: told at creation and again for the default table
+  p.dvhome.clear();  // no toolkit: nothing at creation, told on the first call and again for the default table
   p.answers = {kIdOk, kIdOk};
-  frmTqColorSetting bare(p);
+  frmTqColorSetting bare(p, ThreadContext::This().Texts());
+  EXPECT_EQ(p.prompts.size(), 1u);
+  bare.Begin();
   EXPECT_EQ(bare.ClutFileName(), "");
   EXPECT_TRUE(bare.ClutError());
   ASSERT_EQ(p.prompts.size(), 3u);

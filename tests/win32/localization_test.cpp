@@ -7,6 +7,7 @@
 #include "common/win_test_support.h"
 #include "support/builtin_strings.h"
 #include "support/localization.h"
+#include "support/thread_context.h"
 #include "support/utils.h"
 #include "win32/win_platform.h"
 
@@ -41,7 +42,7 @@ TEST(Localization, LibraryOfTheLanguageThenEnglishThenTheBuiltInTable) {
     test::WriteBytes(t / "ZZ\\ColorSettingTool_ZZ.dll", std::string("MZ\x90\0junk", 8) + std::string(5000, '\xcc'));
     std::thread([&] {
       for (const auto& language : c.languages)
-        LoadLanguageLibraryFrom(win::WinPlatform::Instance(), t.path().substr(0, t.path().size() - 1), language);
+        ThreadContext::This().Texts().LoadFrom(win::WinPlatform::Instance(), t.path().substr(0, t.path().size() - 1), language);
       for (const auto& [id, text] : c.expected) EXPECT_EQ(GetString(id), text) << c.name << " " << id;
       if (std::string(c.name) == "partial library") {
         EXPECT_EQ(GetString(101).size(), 254u);  // a longer library string is cut

@@ -6,6 +6,7 @@
 
 #include "common/win_test_support.h"
 #include "support/localization.h"
+#include "support/thread_context.h"
 #include "win32/msgbox.h"
 #include "win32/win_platform.h"
 
@@ -26,7 +27,7 @@ TEST(MsgBox, ButtonCaptionsPromptAndTitleInTheUsersLanguage) {
   folder.pop_back();
   for (const auto& c : cases) {
     std::thread([&] {
-      LoadLanguageLibraryFrom(win::WinPlatform::Instance(), folder, c.language);
+      ThreadContext::This().Texts().LoadFrom(win::WinPlatform::Instance(), folder, c.language);
       const std::string title = GetString(1301) + " \xc3\xa4\xc3\xb6\xc3\xbc " + c.language;
       auto seen = test::AnswerMessageBox(test::W(title), c.press);
       int buttons = c.buttons;
