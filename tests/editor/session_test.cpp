@@ -6,12 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <list>
 
 #include "colortable/clut_locations.h"
 #include "common/test_platform.h"
-#ifdef _WIN32
-#include "common/win_test_support.h"
-#endif
 #include "locking/lock_file_creator.h"
 #include "support/localization.h"
 #include "support/thread_context.h"
@@ -107,11 +105,27 @@ class Session : public ::testing::Test {
     return result;
   }
   std::string Scheme(const std::string& name) { return p.AbsolutePath(app / "ColorSchemes\\" + name); }
+  std::string Bytes(const std::string& file) {
+    std::string bytes;
+    EXPECT_TRUE(p.ReadFile(file, bytes)) << file;
+    return bytes;
+  }
+  // The colour of index 35 ("Faulty or Invalid Value", row 6) in a file.
+  std::int32_t Colour35(const std::string& file) {
+    const std::vector<std::string> lines = SplitClutLines(Bytes(file)).lines;
+    return lines.size() > 35 ? ParseClutLine(lines[35]) : -9;
+  }
+  // Another editor's lock on `file`, held to the end of the test.
+  void HoldElsewhere(const std::string& file) {
+    std::string other_app = "Other", other_user = "op2";
+    ASSERT_EQ(holders.emplace_back(p).CreateLockFile(file, other_app, other_user, LockMode::Open, true), LockResult::Locked);
+  }
 
   Machine p;
   test::ScratchFolder home, app, user;
   ScriptedEditor editor;
   SessionError error;
+  std::list<clsLockFileCreator> holders;
   std::unique_ptr<frmTqColorSetting> session;
 };
 
@@ -217,9 +231,7 @@ TEST_F(Session, ContextSentWhileTheEditorIsOpenTakesEffectWhenItCloses) {
     f.cmdOK_Click();
   };
   EXPECT_TRUE(Show(c));
-  std::string bytes;
-  ASSERT_TRUE(p.ReadFile(edited, bytes));
-  EXPECT_EQ(ParseClutLine(SplitClutLines(bytes).lines[35]), 0x0000FF);
+  EXPECT_EQ(Colour35(edited), 0x0000FF);
   EXPECT_EQ(s.AuthorizationLevelTools, 0);
   EXPECT_EQ(s.ClutFileName(), p.AbsolutePath(elsewhere / "ColorSchemes\\QLT830_colors.clut"));
 }
@@ -229,8 +241,8 @@ TEST_F(Session, PicksOkAndCancelFollowTheRulesAndAFailedSaveKeepsTheEditorOpen) 
   frmTqColorSetting& s = Initialize(c);
   const std::string colors = s.ClutFileName(), night = Scheme("QLT830_night.clut");
   ASSERT_TRUE(p.CopyFileTo(colors, night, false));
-  std::string before, after;
-  ASSERT_TRUE(p.ReadFile(colors, before));
+  const std::string before = Bytes(colors);
+  std::string after;
   constexpr int kRow = 6;  // index 35, "Faulty or Invalid Value"
   struct Case {
     const char* what;
@@ -286,7 +298,7 @@ TEST_F(Session, PicksOkAndCancelFollowTheRulesAndAFailedSaveKeepsTheEditorOpen) 
     editor.act = test.act;
     EXPECT_EQ(Show(c), test.result);
     EXPECT_EQ(editor.closed, test.closed);
-    ASSERT_TRUE(p.ReadFile(colors, after));
+    after = Bytes(colors);
     EXPECT_EQ(after != before, test.written);
   }
   EXPECT_EQ(SplitClutLines(after).lines[35].substr(0, 13), "  0  128  255");
@@ -312,17 +324,9 @@ TEST_F(Session, ChoosingASchemeAsksForUnsavedColoursMovesTheLockAndHonoursAHolde
   frmTqColorSetting& s = Initialize(c);
   const std::string colors = s.ClutFileName(), night = Scheme("night.clut"), held = Scheme("other.clut");
   for (const std::string& copy : {night, held}) ASSERT_TRUE(p.CopyFileTo(colors, copy, false));
-  std::string colors_before, night_before, bytes;
-  ASSERT_TRUE(p.ReadFile(colors, colors_before));
-  night_before = colors_before;
-#ifdef _WIN32
-  test::HelperProcess other("hold-lock", {held, "Other", "op2", "60000"});
-  ASSERT_TRUE(other.ready());
-#else
-  clsLockFileCreator other(p);
-  std::string app = "Other", user = "op2";
-  ASSERT_EQ(other.CreateLockFile(held, app, user, LockMode::Open, true), LockResult::Locked);
-#endif
+  const std::string colors_before = Bytes(colors);
+  const std::int32_t night35 = Colour35(night);
+  HoldElsewhere(held);
   constexpr int kNight = 0, kOther = 1, kColors = 2;  // listed by name
   editor.act = [&](frmTqColorSetting& f) {
     EXPECT_EQ(f.SchemeListIndex(), kColors);
@@ -337,7 +341,7 @@ TEST_F(Session, ChoosingASchemeAsksForUnsavedColoursMovesTheLockAndHonoursAHolde
     EXPECT_TRUE(p.FileExists(night + ".lock") && !p.FileExists(colors + ".lock"));
     EXPECT_TRUE(f.ColorThemeChanged && !f.ColorsChanged);
     EXPECT_EQ(p.host_calls.back(), (std::pair<int, std::string>{kHostFileNotice, night}));
-    EXPECT_EQ(f.GetRowColor(6), ParseClutLine(SplitClutLines(night_before).lines[35]));  // reloaded
+    EXPECT_EQ(f.GetRowColor(6), night35);  // reloaded
 
     f.ColorPicked(6, 0x00FF00);
     p.answers = {kIdYes, kIdNo};  // save night; then refuse read-only for the held one
@@ -356,22 +360,15 @@ TEST_F(Session, ChoosingASchemeAsksForUnsavedColoursMovesTheLockAndHonoursAHolde
     f.cmdOK_Click();
   };
   EXPECT_TRUE(Show(c));  // only switched: true, and nothing written for it
-  ASSERT_TRUE(p.ReadFile(colors, bytes));
-  EXPECT_EQ(bytes, colors_before);
-  ASSERT_TRUE(p.ReadFile(night, bytes));
-  EXPECT_EQ(ParseClutLine(SplitClutLines(bytes).lines[35]), 0x00FF00);
+  EXPECT_EQ(Bytes(colors), colors_before);
+  EXPECT_EQ(Colour35(night), 0x00FF00);
 }
 
 TEST_F(Session, SaveAsCopiesRenamesOverwritesOnlyWhenAskedAndRefusesNamesOutsideTheFolder) {
   ControlInstanceState c;
   frmTqColorSetting& s = Initialize(c);
   const std::string colors = s.ClutFileName(), folder = app / "ColorSchemes\\";
-  std::string colors_before, bytes;
-  ASSERT_TRUE(p.ReadFile(colors, colors_before));
-  auto line35 = [&](const std::string& file) {
-    std::string text;
-    return p.ReadFile(file, text) ? ParseClutLine(SplitClutLines(text).lines[35]) : -9;
-  };
+  const std::string colors_before = Bytes(colors);
   editor.act = [&](frmTqColorSetting& f) {
     f.ColorPicked(6, 0x0000FF);
     editor.typed = {"Night"};
@@ -379,7 +376,7 @@ TEST_F(Session, SaveAsCopiesRenamesOverwritesOnlyWhenAskedAndRefusesNamesOutside
     EXPECT_EQ(editor.asked.proposed_name, "QLT830_colors.clut");
     EXPECT_EQ(editor.asked.authorization_level, 2);
     EXPECT_EQ(f.ClutFileName(), p.AbsolutePath(folder + "Night.clut"));
-    EXPECT_EQ(line35(folder + "Night.clut"), 0x0000FF);
+    EXPECT_EQ(Colour35(folder + "Night.clut"), 0x0000FF);
     EXPECT_EQ(ColorSchemes(f.Schemes()).size(), 2u);
     EXPECT_EQ(f.SchemeListIndex(), 0);
     EXPECT_TRUE(f.ColorsSaved && !f.ColorsChanged);
@@ -397,7 +394,7 @@ TEST_F(Session, SaveAsCopiesRenamesOverwritesOnlyWhenAskedAndRefusesNamesOutside
     p.answers = {kIdYes};
     const std::size_t asked = p.prompts.size();
     f.cmdSave_Click();
-    EXPECT_EQ(line35(folder + "Night.clut"), 0x00FF00);
+    EXPECT_EQ(Colour35(folder + "Night.clut"), 0x00FF00);
     EXPECT_EQ(PromptsFrom(p, asked),
               std::vector<std::string>{"Night.clut" + GetString(1451) + "|52"});
 
@@ -405,9 +402,7 @@ TEST_F(Session, SaveAsCopiesRenamesOverwritesOnlyWhenAskedAndRefusesNamesOutside
     // takes read-only: the editor stays on the file it came from, the pick still unsaved.
     const std::string night = p.AbsolutePath(folder + "Night.clut");
     ASSERT_TRUE(p.CopyFileTo(colors, folder + "held.clut", false));
-    clsLockFileCreator holder(p);
-    std::string holder_app = "Other", holder_user = "op2";
-    ASSERT_EQ(holder.CreateLockFile(folder + "held.clut", holder_app, holder_user, LockMode::Open, true), LockResult::Locked);
+    HoldElsewhere(folder + "held.clut");
     p.SetFaultHook([](std::string_view op, const std::string& path) -> std::optional<IoStatus> {
       if (op == "MoveReplace" && FileNameOf(path) == "Failed.clut") return IoStatus::Fail(5, "Access is denied.");
       return std::nullopt;
@@ -435,8 +430,8 @@ TEST_F(Session, SaveAsCopiesRenamesOverwritesOnlyWhenAskedAndRefusesNamesOutside
     f.cmdCancel_Click();
   };
   EXPECT_FALSE(Show(c));
-  ASSERT_TRUE(p.ReadFile(colors, bytes));
-  EXPECT_EQ(bytes, colors_before);  // Save As never writes into the file it came from
+  EXPECT_EQ(Bytes(colors), colors_before);  // Save As never writes into the file it came from
+  holders.clear();  // the other editor leaves
   // Nothing was written beside the scheme folder or in it but the two saved schemes.
   std::vector<std::string> names = p.ListFileNames(folder), outside = p.ListFileNames(app.path());
   std::sort(names.begin(), names.end());
@@ -503,10 +498,7 @@ TEST_F(Session, RestoreDefaultsShowsTheReferenceColoursUnsavedAndSurvivesAMissin
   ControlInstanceState c;
   frmTqColorSetting& s = Initialize(c);
   const std::string colors = s.ClutFileName();
-  std::string reference_bytes, before, after;
-  ASSERT_TRUE(p.ReadFile(Scheme("QLT830_colors$clut"), reference_bytes));
-  const std::int32_t reference35 = ParseClutLine(SplitClutLines(reference_bytes).lines[35]);
-  ASSERT_TRUE(p.ReadFile(colors, before));
+  const std::int32_t reference35 = Colour35(Scheme("QLT830_colors$clut"));
   constexpr int kRow = 6;  // index 35
   const std::string ask = GetString(1317) + "|52";
   struct Case {
@@ -548,8 +540,7 @@ TEST_F(Session, RestoreDefaultsShowsTheReferenceColoursUnsavedAndSurvivesAMissin
     editor.closed = 0;
     Show(c);
   }
-  ASSERT_TRUE(p.ReadFile(colors, after));
-  EXPECT_EQ(ParseClutLine(SplitClutLines(after).lines[35]), reference35);
+  EXPECT_EQ(Colour35(colors), reference35);
   // A name with two dots has a restore copy by the "$" rule that Restore would not read.
   ASSERT_TRUE(p.CopyFileTo(colors, Scheme("QLT830_a.v2.clut"), false));
   ASSERT_TRUE(p.CopyFileTo(colors, Scheme("QLT830_a$v2$clut"), false));

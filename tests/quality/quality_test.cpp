@@ -92,12 +92,6 @@ TEST(QualitySimulation, MixesChannelsInLinearLightAndKeepsGreys) {
     for (int grey : {0, 64, 128, 200, 255}) EXPECT_EQ(Simulate(Rgb(grey, grey, grey), vision), Rgb(grey, grey, grey));
 }
 
-ColourTable Uniform(std::int32_t colour) {
-  ColourTable t;
-  t.fill(colour);
-  return t;
-}
-
 TEST(QualityRules, PairUpAsTheRuleSaysAndSetAsideUnusableColours) {
   for (const Rule& rule : Rules()) {
     std::set<int> named;
@@ -107,7 +101,8 @@ TEST(QualityRules, PairUpAsTheRuleSaysAndSetAsideUnusableColours) {
         EXPECT_TRUE(named.insert(index).second) << rule.id << " names " << index << " twice";
       }
   }
-  ColourTable t = Uniform(Rgb(128, 128, 128));
+  ColourTable t;
+  t.fill(Rgb(128, 128, 128));
   t[45] = kClutNotDefined;
   t[256] = kClutUnreadable;
   std::map<std::string_view, int> measured;
@@ -166,14 +161,11 @@ TEST(QualityRules, TheProcessDisplayRuleHoldsWhatTheFourTabsColour) {
 }
 
 TEST(QualityRules, NamesComeFromTheEditorsRows) {
-  const IndexCatalogue names;
-  EXPECT_EQ(names.Label(45), "Alarm");
-  EXPECT_EQ(names.Label(23), "Process Display Background");
-  EXPECT_EQ(names.Label(110), "Highest Severity (Emergency)");
-  EXPECT_EQ(names.Label(258), "Alarm Display: Text");
-  EXPECT_EQ(names.Label(273), "Trends Display (Tabular View): Background Shading");
-  EXPECT_EQ(names.Label(259), "");  // reserved, no row
-  EXPECT_EQ(names.Label(80), "Voltage level 1");
+  const IndexCatalogue names;  // 259: reserved, no row
+  for (auto [index, label] : {std::pair<int, const char*>{45, "Alarm"}, {23, "Process Display Background"},
+                              {110, "Highest Severity (Emergency)"}, {258, "Alarm Display: Text"},
+                              {273, "Trends Display (Tabular View): Background Shading"}, {259, ""}, {80, "Voltage level 1"}})
+    EXPECT_EQ(names.Label(index), label) << index;
 }
 
 std::vector<Finding> CheckFile(const std::string& relative) {

@@ -8,15 +8,8 @@
 
 #include "colortable/clut_format.h"
 #include "common/test_platform.h"
-#include "tqclut/tqclut.h"
-#ifdef _WIN32
-#include "common/win_test_support.h"
-#else
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include "locking/lock_file_creator.h"
-#endif
+#include "tqclut/tqclut.h"
 
 namespace tq {
 namespace {
@@ -25,11 +18,8 @@ using clut_tool::kExitClean;
 using clut_tool::kExitError;
 using clut_tool::kExitFindings;
 
-std::string Source(const std::string& relative) {
-  std::string bytes;
-  EXPECT_TRUE(test::RealPlatform().ReadFile(std::string(TQ_SOURCE_DIR) + "/" + relative, bytes)) << relative;
-  return bytes;
-}
+using test::Read;
+using test::SourceFile;
 
 class Tqclut : public ::testing::Test {
  protected:
@@ -43,11 +33,6 @@ class Tqclut : public ::testing::Test {
     const int code = clut_tool::Run(p_, args, out, err, environment);
     return {code, out.str(), err.str()};
   }
-  std::string Read(const std::string& path) {
-    std::string bytes;
-    p_.ReadFile(path, bytes);
-    return bytes;
-  }
   std::string Write(const std::string& name, const std::string& bytes) {
     const std::string path = dir_ / name;
     EXPECT_TRUE(p_.WriteNewFile(path, bytes));
@@ -56,7 +41,7 @@ class Tqclut : public ::testing::Test {
 
   test::TestPlatform p_;
   test::ScratchFolder dir_;
-  const std::string factory_ = Source("data/QLT830_colors.clut");
+  const std::string factory_ = SourceFile("data/QLT830_colors.clut");
 };
 
 TEST_F(Tqclut, ShowCheckSetAndDiffOnTheFactoryTable) {
@@ -87,13 +72,9 @@ TEST_F(Tqclut, ShowCheckSetAndDiffOnTheFactoryTable) {
   EXPECT_EQ(Read(copy), JoinClutLines(expected));  // one line changed, its comment kept
   EXPECT_FALSE(p_.FileExists(copy + ".lock"));      // the lock is given back
 
-  for (const auto& [colour, line] : std::vector<std::pair<std::vector<std::string>, std::string>>{
-           {{"#1A2B3C"}, "# 26   43   60  # 256"}, {{"1 2 3"}, "#  1    2    3  # 256"}, {{"4", "5", "6"}, "#  4    5    6  # 256"}}) {
-    std::vector<std::string> args = {"set", copy, "256"};
-    args.insert(args.end(), colour.begin(), colour.end());
-    EXPECT_EQ(Run(args).code, kExitClean);
-    EXPECT_EQ(SplitClutLines(Read(copy)).lines[256].substr(0, line.size()), line);
-  }
+  // The colour in three words (the forms of one word are the colour text's test); an extended index.
+  EXPECT_EQ(Run({"set", copy, "256", "4", "5", "6"}).code, kExitClean);
+  EXPECT_TRUE(SplitClutLines(Read(copy)).lines[256].starts_with("#  4    5    6  # 256"));
 
   // Each line keeps its own line end; a colour already set writes nothing.
   std::string mixed = factory_;
@@ -145,20 +126,15 @@ TEST_F(Tqclut, ImportAfterExportGivesTheSameColoursAndUpgradeKeepsWhatTheUserSet
   // An old table and its reference: the upgrade takes the changed indexes from the reference.
   lines = SplitClutLines(factory_).lines;
   lines[0] = "  0    0    0  # 0: Black Version=93.05";
-  for (int i : {17, 18, 26, 100}) lines[i] = FormatClutLine(i, 0x0A0B0C) + "  # old " + std::to_string(i);
+  for (int i : {18, 26, 100}) lines[i] = FormatClutLine(i, 0x0A0B0C) + "  # old " + std::to_string(i);
   const std::string old = Write("old.clut", JoinClutLines(lines));
-  const std::string before = Write("before.clut", JoinClutLines(lines));
   Write("old$clut", factory_);
   const Result upgrade = Run({"upgrade", old});  // without a toolkit home: nothing to say about it
   EXPECT_EQ(upgrade.code, kExitClean) << upgrade.err;
   EXPECT_EQ(upgrade.out, old + ": version 93.05 -> 93.07 (changed colours taken from old$clut)\n");
   EXPECT_NE(Run({"check", old}).out.find("93.07 (current)"), std::string::npos);
-  const Result changes = Run({"diff", before, old});
-  EXPECT_EQ(changes.code, kExitFindings);
-  // 18, 26 and 100 changed their meaning since 93.05; 17 did not.
-  for (const char* line : {" 18  #0C0B0A     -> ", " 26  #0C0B0A     -> ", "100  #0C0B0A     -> "})
-    EXPECT_NE(changes.out.find(line), std::string::npos) << changes.out;
-  EXPECT_EQ(changes.out.find(" 17  "), std::string::npos) << changes.out;
+  // The editor's upgrade did it (which indexes it takes is the colour table's own test).
+  EXPECT_EQ(SplitClutLines(Read(old)).lines[18], SplitClutLines(factory_).lines[18]);
   EXPECT_EQ(Run({"upgrade", old}).out, old + ": already version 93.07\n");
 
   // A short table: the advice given is one that works.
@@ -200,9 +176,7 @@ TEST_F(Tqclut, BadInputGivesOneLineAndTheRightExitCodeAndWritesNothing) {
       {{"frobnicate"}, kExitError, "unknown command \"frobnicate\""},
       {{"set", table, "23"}, kExitError, "set: wrong number of arguments"},
       {{"set", table, "23", "#GGHHII"}, kExitError, "\"#GGHHII\" is not a colour"},
-      {{"set", table, "23", "256,0,0"}, kExitError, "\"256,0,0\" is not a colour"},
       {{"set", table, "23", "1", "2"}, kExitError, "\"1 2\" is not a colour"},
-      {{"set", table, "23", "1,,2,3"}, kExitError, "\"1,,2,3\" is not a colour"},
       {{"set", table, "23", "--json", "#000000"}, kExitError, "set takes no option --json; usage: tqclut set FILE"},
       {{"check", "--jsn", table}, kExitError, "unknown option \"--jsn\"; usage: tqclut check"},
       {{"set", binary, "1", "#000000"}, kExitError, binary + " is not a colour table: it holds NUL bytes; nothing was"},
@@ -285,7 +259,7 @@ TEST_F(Tqclut, FoldersGiveOneLinePerTableAndASummaryAndTheWorstExitCode) {
   const std::string root = dir_.path().substr(0, dir_.path().size() - 1);
   for (const char* folder : {"st1", "st1\\sub", "st1\\x.clut", "st2"}) ASSERT_TRUE(p_.CreateFolder(dir_ / folder));
   Write("st1\\b.clut", factory_);
-  Write("st1\\a.clut", Source("data/QLT830_highperformance.clut"));
+  Write("st1\\a.clut", SourceFile("data/QLT830_highperformance.clut"));
   Write("st1\\a$clut", factory_);        // reference files and locks are not tables of their own
   Write("st1\\a.clut.lock", factory_);
   Write("st1\\sub\\big.clut", std::string(clut_tool::kMaxFileSize + 1, '0'));
@@ -318,34 +292,9 @@ TEST_F(Tqclut, FoldersGiveOneLinePerTableAndASummaryAndTheWorstExitCode) {
 
 TEST_F(Tqclut, AWriteIsRefusedNamingTheLocksHolderOrWhyNoLockFileCouldBeMade) {
   const std::string table = Write("QLT830_colors.clut", factory_);
-#ifdef _WIN32
-  test::HelperProcess holder("hold-lock", {table, "Other Display", "operator7", "20000"});
-  ASSERT_TRUE(holder.ready());
-#else
-  int ready[2];
-  ASSERT_EQ(::pipe(ready), 0);
-  const pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {  // the other process: holds the lock until the test ends it
-    posix::PosixPlatform platform;
-    clsLockFileCreator lock(platform);
-    std::string app = "Other Display", user = "operator7";
-    const bool locked = lock.CreateLockFile(table, app, user, LockMode::Open, true) == LockResult::Locked;
-    (void)!::write(ready[1], locked ? "1" : "0", 1);
-    ::pause();
-    ::_exit(0);
-  }
-  char locked = '0';
-  ASSERT_EQ(::read(ready[0], &locked, 1), 1);
-  ASSERT_EQ(locked, '1');
-  struct Reaper {
-    pid_t pid;
-    ~Reaper() {
-      ::kill(pid, SIGKILL);
-      ::waitpid(pid, nullptr, 0);
-    }
-  } reaper{child};
-#endif
+  clsLockFileCreator holder(p_);  // another editor, which tqclut meets only through the lock file
+  std::string holder_app = "Other Display", holder_user = "operator7";
+  ASSERT_EQ(holder.CreateLockFile(table, holder_app, holder_user, LockMode::Open, true), LockResult::Locked);
   p_.allow_unscripted = true;  // the refusal is a message; tqclut's console answers it
   const std::string ini = Write("colours.ini", "[Logical Colors]\r\nIndex_23=1 2 3\r\n");
   for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
