@@ -7,7 +7,8 @@
 //
 //   demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] [--scheme <name.clut>]
 //                [--file-dialog control|host] [--tab <tag>] [--category <n>] [--enable-changes true|false]
-//                [--screenshot <editor.bmp> [--display-screenshot <display.bmp>]]
+//                [--screenshot <editor.bmp> [--display-screenshot <display.bmp>]
+//                 [--check-screenshot <check.bmp> [--vision 0|1|2|3]]]
 //
 // The folders default to app\ and user\ in the current folder; the log shows them as
 // <app>\ and <user>\. --file-dialog host makes Import and Export ask the display's own
@@ -18,7 +19,9 @@
 // display opens the editor at once, saves a picture of it as a 24-bit BMP, cancels
 // it, optionally saves a picture of the display itself, prints Show's result and the
 // colour lists, and ends: 0 done, 2 bad arguments or no control, 3 the editor window
-// did not appear, 4 a picture was not written.
+// did not appear, 4 a picture was not written. --check-screenshot first opens More > Check
+// Colors..., chooses --vision (0 Normal, 1 Protanopia, 2 Deuteranopia, 3 Tritanopia) and
+// captures the check window, then the editor as that vision shows it.
 #include <windows.h>
 #include <ole2.h>
 #include <fcntl.h>
@@ -42,6 +45,9 @@ using Microsoft::WRL::ComPtr;
 
 constexpr wchar_t kProgId[] = L"TqColorSettingTool.ctlTqColorSetting";
 constexpr wchar_t kEditorClass[] = L"TqColorSettingEditor";
+// The editor's check window and what opens and drives it (automation ids).
+constexpr wchar_t kCheckClass[] = L"TqColorCheck";
+constexpr int kCheckColorsItem = 1600, kVisionCombo = 3002;
 constexpr wchar_t kWindowClass[] = L"CorvanaDemoDisplay";
 constexpr int kColoursButton = 101;
 constexpr UINT kStartMessage = WM_APP + 1;
@@ -60,6 +66,8 @@ struct Options {
   std::wstring tab = L"StatusTab";       // the tab Show2 opens, by its tag
   short category = 0;
   bool enable_changes = true;            // --enable-changes false: read-only
+  std::wstring check_screenshot;         // --check-screenshot: More > Check Colors... captured too
+  int vision = 0;                        // --vision 0-3: the check window's vision (Normal...)
 };
 
 // ---- Small helpers ---------------------------------------------------------------
@@ -152,6 +160,10 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options) {
       options.category = static_cast<short>(_wtoi(value.c_str()));
     else if (name == L"--enable-changes" && (value == L"true" || value == L"false"))
       options.enable_changes = value == L"true";
+    else if (name == L"--check-screenshot")
+      options.check_screenshot = value;
+    else if (name == L"--vision" && value.size() == 1 && value[0] >= L'0' && value[0] <= L'3')
+      options.vision = value[0] - L'0';
     else
       return false;
   }
@@ -403,6 +415,7 @@ class Display {
     ULONGLONG started = 0;
     int visible_ticks = 0;
     bool taken = false, written = false;
+    HWND check = nullptr;  // the check window, once asked for (--check-screenshot)
   } shot_;
 };
 
@@ -577,6 +590,30 @@ void Display::OnTimer() {
     ExitProcess(3);
   }
   if (++shot_.visible_ticks < kPaintTicks) return;
+  if (!options_.check_screenshot.empty()) {
+    // More > Check Colors..., then the vision asked for, as a user would choose them;
+    // both windows are captured once they have painted.
+    if (shot_.visible_ticks == kPaintTicks) {
+      PostMessageW(windows.editor, WM_COMMAND, kCheckColorsItem, 0);
+      return;
+    }
+    if (!shot_.check) {
+      shot_.check = FindWindowW(kCheckClass, nullptr);
+      if (!shot_.check) return;
+      HWND combo = GetDlgItem(shot_.check, kVisionCombo);
+      SendMessageW(combo, CB_SETCURSEL, options_.vision, 0);
+      SendMessageW(shot_.check, WM_COMMAND, MAKEWPARAM(kVisionCombo, CBN_SELCHANGE), reinterpret_cast<LPARAM>(combo));
+      shot_.visible_ticks = kPaintTicks;
+    }
+    if (shot_.visible_ticks < 2 * kPaintTicks) return;
+    RedrawWindow(shot_.check, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    RECT check_rect;
+    GetWindowRect(shot_.check, &check_rect);
+    if (!SaveScreenRect(check_rect, options_.check_screenshot)) {
+      Print(L"demo_display: could not write " + options_.check_screenshot);
+      exit_code_ = 4;
+    }
+  }
   RedrawWindow(windows.editor, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
   RECT rect;
   GetWindowRect(windows.editor, &rect);
@@ -770,7 +807,8 @@ int wmain(int argc, wchar_t** argv) {
   if (!demo::ParseOptions(argc, argv, options)) {
     demo::Print(L"usage: demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] [--scheme <name.clut>] "
                 L"[--file-dialog control|host] [--tab <tag>] [--category <n>] [--enable-changes true|false] "
-                L"[--screenshot <editor.bmp> [--display-screenshot <display.bmp>]]");
+                L"[--screenshot <editor.bmp> [--display-screenshot <display.bmp>] "
+                L"[--check-screenshot <check.bmp> [--vision 0|1|2|3]]]");
     return 2;
   }
   const demo::OleScope ole;

@@ -7,14 +7,14 @@
 namespace tq {
 
 bool frmTqColorSetting::SetRowColour(int row, std::int32_t colour) {
-  const int index = FindColorRow(table_.ColorRowMap, row);
+  const int index = RowIndex(row);
   if (!enablement_.colour_buttons || index < 0) return false;
   ColorPicked(row, colour & 0xFFFFFF);
   return true;
 }
 
 std::optional<std::int32_t> frmTqColorSetting::FactoryColour(int row) {
-  const int index = FindColorRow(table_.ColorRowMap, row);
+  const int index = RowIndex(row);
   if (index < 0) return std::nullopt;
   ColorTableState factory = table_;
   factory.ClutFileName = RestoreDefaultsSource(*platform_, ClutFileName());
@@ -64,7 +64,7 @@ std::vector<frmTqColorSetting::RowMatch> frmTqColorSetting::FindRows(const std::
       if (category < 0 || (page.category_count == 0 && frame > 0)) continue;
       const CategoryFrame& rows = page.frames[frame];
       for (int row = rows.first_row; row < rows.first_row + rows.row_count; ++row) {
-        const int index = FindColorRow(table_.ColorRowMap, row);
+        const int index = RowIndex(row);
         if (index < 0) continue;
         const bool hit = (number && index == std::stoi(wanted)) ||
                          platform_->UpperCase(RowName(row, voltage_names_)).find(wanted) != std::string::npos;

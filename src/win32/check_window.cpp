@@ -70,7 +70,7 @@ void CheckUi::Reset() {
 void CheckUi::RowChanged(int row) {
   if (!reset_ || suspended_ || !editor_.session_) return;
   const ColorTableState& table = editor_.session_->Table();
-  const int index = FindColorRow(table.ColorRowMap, row);
+  const int index = editor_.session_->RowIndex(row);
   if (index < 0) return;
   const RowColour& shown = table.rows[index];
   const std::int32_t colour = shown.kind == RowColour::Kind::Colour       ? shown.colour
@@ -98,7 +98,7 @@ void CheckUi::FrameBuilt(int page, int frame) {
 // Markers exist only on built rows, and only while their row has findings.
 void CheckUi::UpdateMarker(int row) {
   HWND button = editor_.color_buttons_[row];
-  const int index = FindColorRow(editor_.session_->Table().ColorRowMap, row);
+  const int index = editor_.session_->RowIndex(row);
   std::wstring text;
   if (button && index >= 0) text = Widen(DescribeFindingsOf(checks_, index, [this](int i) { return NameOf(i); }));
   HWND& marker = markers_[row];

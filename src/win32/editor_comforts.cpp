@@ -155,7 +155,7 @@ void EditorComforts::ContextMenu(EditorWindow& w, HWND from, LPARAM at) {
 void EditorComforts::ShowMenu(EditorWindow& w, int row, POINT at) {
   frmTqColorSetting& s = *w.session_;
   const bool may_change = s.Enablement().colour_buttons;
-  const int index = FindColorRow(s.Table().ColorRowMap, row);
+  const int index = s.RowIndex(row);
   const bool has_colour = index >= 0 && s.Table().rows[index].kind == RowColour::Kind::Colour;
   UINT chosen = 0;
   {  // the menu is gone before its command runs, which may open a dialog
@@ -200,7 +200,7 @@ void EditorComforts::Run(EditorWindow& w, int command, int row) {
 }
 
 void EditorComforts::Copy(EditorWindow& w, int row) {
-  const int index = FindColorRow(w.session_->Table().ColorRowMap, row);
+  const int index = w.session_->RowIndex(row);
   if (index < 0 || w.session_->Table().rows[index].kind != RowColour::Kind::Colour ||
       !PutOnClipboard(w.hwnd_, Widen(FormatColourText(w.session_->Table().rows[index].colour))))
     MessageBeep(MB_OK);
