@@ -8,7 +8,7 @@
 //   demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] [--scheme <name.clut>]
 //                [--file-dialog control|host] [--tab <tag>] [--category <n>] [--enable-changes true|false]
 //                [--screenshot <editor.bmp> [--display-screenshot <display.bmp>]
-//                 [--check-screenshot <check.bmp> [--vision 0|1|2|3]]]
+//                 [--check-screenshot <check.bmp> [--vision 0|1|2|3]] [--menu-screenshot <menu.bmp>]]
 //
 // The folders default to app\ and user\ in the current folder; the log shows them as
 // <app>\ and <user>\. --file-dialog host makes Import and Export ask the display's own
@@ -21,7 +21,8 @@
 // colour lists, and ends: 0 done, 2 bad arguments or no control, 3 the editor window
 // did not appear, 4 a picture was not written. --check-screenshot first opens More > Check
 // Colors..., chooses --vision (0 Normal, 1 Protanopia, 2 Deuteranopia, 3 Tritanopia) and
-// captures the check window, then the editor as that vision shows it.
+// captures the check window, then the editor as that vision shows it. --menu-screenshot
+// first captures the editor with the context menu of its first colour button open.
 #include <windows.h>
 #include <ole2.h>
 #include <fcntl.h>
@@ -48,6 +49,7 @@ constexpr wchar_t kEditorClass[] = L"TqColorSettingEditor";
 // The editor's check window and what opens and drives it (automation ids).
 constexpr wchar_t kCheckClass[] = L"TqColorCheck";
 constexpr int kCheckColorsItem = 1600, kVisionCombo = 3002;
+constexpr int kFirstColorButton = 2000;  // + row: the colour buttons, whose context menu is pictured
 constexpr wchar_t kWindowClass[] = L"CorvanaDemoDisplay";
 constexpr int kColoursButton = 101;
 constexpr UINT kStartMessage = WM_APP + 1;
@@ -68,6 +70,7 @@ struct Options {
   bool enable_changes = true;            // --enable-changes false: read-only
   std::wstring check_screenshot;         // --check-screenshot: More > Check Colors... captured too
   int vision = 0;                        // --vision 0-3: the check window's vision (Normal...)
+  std::wstring menu_screenshot;          // --menu-screenshot: the first colour button's context menu
 };
 
 // ---- Small helpers ---------------------------------------------------------------
@@ -162,6 +165,8 @@ bool ParseOptions(int argc, wchar_t** argv, Options& options) {
       options.enable_changes = value == L"true";
     else if (name == L"--check-screenshot")
       options.check_screenshot = value;
+    else if (name == L"--menu-screenshot")
+      options.menu_screenshot = value;
     else if (name == L"--vision" && value.size() == 1 && value[0] >= L'0' && value[0] <= L'3')
       options.vision = value[0] - L'0';
     else
@@ -386,6 +391,7 @@ class Display {
   void OnPaint();
   void OnCommand(int id);
   void OnStart();
+  bool TakeMenuShot(HWND editor);
   void OnTimer();
   void OnDestroy();
 
@@ -416,6 +422,7 @@ class Display {
     int visible_ticks = 0;
     bool taken = false, written = false;
     HWND check = nullptr;  // the check window, once asked for (--check-screenshot)
+    bool menu_asked = false;  // --menu-screenshot
   } shot_;
 };
 
@@ -578,6 +585,49 @@ void Display::OnStart() {
   DestroyWindow(window_);
 }
 
+BOOL CALLBACK FindFirstColorButton(HWND window, LPARAM param) {
+  if (GetDlgCtrlID(window) != kFirstColorButton) return TRUE;
+  *reinterpret_cast<HWND*>(param) = window;
+  return FALSE;
+}
+
+// Opens the first colour button's context menu as Shift+F10 does, then captures the
+// editor with the menu over it and closes the menu. True while that is under way.
+// The timer still fires inside the menu's own message loop.
+bool Display::TakeMenuShot(HWND editor) {
+  if (!shot_.menu_asked) {
+    HWND button = nullptr;
+    EnumChildWindows(editor, FindFirstColorButton, reinterpret_cast<LPARAM>(&button));
+    if (!button) return false;
+    shot_.menu_asked = true;
+    shot_.visible_ticks = 0;
+    SetFocus(button);
+    PostMessageW(editor, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(button), MAKELPARAM(-1, -1));
+    return true;
+  }
+  HWND menu = FindWindowW(L"#32768", nullptr);
+  if (!menu || !IsWindowVisible(menu)) {
+    if (shot_.visible_ticks < 2 * kPaintTicks) return true;
+    Print(L"demo_display: the context menu did not appear");
+    exit_code_ = 4;
+    options_.menu_screenshot.clear();
+    return false;
+  }
+  if (shot_.visible_ticks < kPaintTicks) return true;
+  RECT rect, menu_rect;
+  GetWindowRect(editor, &rect);
+  GetWindowRect(menu, &menu_rect);
+  UnionRect(&rect, &rect, &menu_rect);
+  if (!SaveScreenRect(rect, options_.menu_screenshot)) {
+    Print(L"demo_display: could not write " + options_.menu_screenshot);
+    exit_code_ = 4;
+  }
+  options_.menu_screenshot.clear();
+  EndMenu();
+  shot_.visible_ticks = 0;
+  return true;
+}
+
 void Display::OnTimer() {
   if (shot_.taken) return;
   const ThreadWindows windows = VisibleWindows(window_);
@@ -590,6 +640,7 @@ void Display::OnTimer() {
     ExitProcess(3);
   }
   if (++shot_.visible_ticks < kPaintTicks) return;
+  if (!options_.menu_screenshot.empty() && TakeMenuShot(windows.editor)) return;
   if (!options_.check_screenshot.empty()) {
     // More > Check Colors..., then the vision asked for, as a user would choose them;
     // both windows are captured once they have painted.
@@ -808,7 +859,7 @@ int wmain(int argc, wchar_t** argv) {
     demo::Print(L"usage: demo_display [--lang EN|DE] [--app <folder>] [--user <folder>] [--scheme <name.clut>] "
                 L"[--file-dialog control|host] [--tab <tag>] [--category <n>] [--enable-changes true|false] "
                 L"[--screenshot <editor.bmp> [--display-screenshot <display.bmp>] "
-                L"[--check-screenshot <check.bmp> [--vision 0|1|2|3]]]");
+                L"[--check-screenshot <check.bmp> [--vision 0|1|2|3]] [--menu-screenshot <menu.bmp>]]");
     return 2;
   }
   const demo::OleScope ole;

@@ -136,15 +136,18 @@ bool EditorComforts::PreTranslate(EditorWindow& w, MSG& msg) {
 
 void EditorComforts::ContextMenu(EditorWindow& w, HWND from, LPARAM at) {
   POINT point{GET_X_LPARAM(at), GET_Y_LPARAM(at)};
+  // From the keyboard both coordinates are -1, whether the system sign-extends the
+  // parameter (Wine) or not (MAKELPARAM(-1, -1) on 64-bit Windows).
+  const bool from_keyboard = point.x == -1 && point.y == -1;
   int row = RowOf(w, from);
-  if (row < 0 && at != -1) {
+  if (row < 0 && !from_keyboard) {
     // A disabled button takes no mouse input: its frame has the click.
     POINT inside = point;
     ScreenToClient(from, &inside);
     row = RowOf(w, ChildWindowFromPointEx(from, inside, CWP_SKIPINVISIBLE));
   }
   if (row < 0) return;
-  if (at == -1) {
+  if (from_keyboard) {
     RECT r;
     GetWindowRect(w.color_buttons_[row], &r);
     point = {r.left, r.bottom};
