@@ -18,21 +18,18 @@ void ColourHistory::Record(const ColourRows& before, const ColourRows& now) {
   redo_.clear();
 }
 
-std::optional<ColourRows> ColourHistory::Undo(const ColourRows& now) {
-  if (undo_.empty()) return std::nullopt;
-  ColourRows back = std::move(undo_.back());
-  undo_.pop_back();
-  redo_.push_back(now);
-  return back;
+// One step from `from` to `to`: the rows to show, with `now` kept for the way back.
+std::optional<ColourRows> ColourHistory::Step(std::vector<ColourRows>& from, std::vector<ColourRows>& to,
+                                              const ColourRows& now) {
+  if (from.empty()) return std::nullopt;
+  ColourRows rows = std::move(from.back());
+  from.pop_back();
+  to.push_back(now);
+  return rows;
 }
 
-std::optional<ColourRows> ColourHistory::Redo(const ColourRows& now) {
-  if (redo_.empty()) return std::nullopt;
-  ColourRows forward = std::move(redo_.back());
-  redo_.pop_back();
-  undo_.push_back(now);
-  return forward;
-}
+std::optional<ColourRows> ColourHistory::Undo(const ColourRows& now) { return Step(undo_, redo_, now); }
+std::optional<ColourRows> ColourHistory::Redo(const ColourRows& now) { return Step(redo_, undo_, now); }
 
 void ColourHistory::Clear() {
   undo_.clear();

@@ -44,6 +44,8 @@ class ColourHistory {
   void Clear();
 
  private:
+  static std::optional<ColourRows> Step(std::vector<ColourRows>& from, std::vector<ColourRows>& to,
+                                        const ColourRows& now);
   std::vector<ColourRows> undo_, redo_;
 };
 

@@ -65,4 +65,12 @@ class TemplateBuilder {
   size_t count_at_ = 0;
 };
 
+// The state a dialog procedure works with: handed over as WM_INITDIALOG's parameter
+// and kept in DWLP_USER; null for the messages that come before it.
+template <typename State>
+State* DialogStateOf(HWND dialog, UINT message, LPARAM lparam) {
+  if (message == WM_INITDIALOG) SetWindowLongPtrW(dialog, DWLP_USER, lparam);
+  return reinterpret_cast<State*>(GetWindowLongPtrW(dialog, DWLP_USER));
+}
+
 }  // namespace tq::win

@@ -126,8 +126,7 @@ INT_PTR OnMessage(HWND dialog, UINT message, WPARAM wparam, DialogState& state) 
 }
 
 INT_PTR CALLBACK SaveSchemeProc(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
-  if (message == WM_INITDIALOG) SetWindowLongPtrW(dialog, DWLP_USER, lparam);
-  auto* state = reinterpret_cast<DialogState*>(GetWindowLongPtrW(dialog, DWLP_USER));
+  auto* state = DialogStateOf<DialogState>(dialog, message, lparam);
   if (!state) return FALSE;
   return GuardCallback(INT_PTR{TRUE}, [&] { return OnMessage(dialog, message, wparam, *state); }, [&] {
     state->failure = std::current_exception();

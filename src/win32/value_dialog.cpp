@@ -93,8 +93,7 @@ INT_PTR OnMessage(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam, Value
 }
 
 INT_PTR CALLBACK ValueProc(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
-  if (message == WM_INITDIALOG) SetWindowLongPtrW(dialog, DWLP_USER, lparam);
-  auto* state = reinterpret_cast<ValueState*>(GetWindowLongPtrW(dialog, DWLP_USER));
+  auto* state = DialogStateOf<ValueState>(dialog, message, lparam);
   if (!state) return FALSE;
   return GuardCallback(INT_PTR{TRUE}, [&] { return OnMessage(dialog, message, wparam, lparam, *state); }, [&] {
     state->failure = std::current_exception();
