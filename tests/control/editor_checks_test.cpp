@@ -82,7 +82,6 @@ TEST_F(EditorChecks, AMarkerFollowsItsFindingAndTheCheckWindowLeadsToTheRowAndSi
         EXPECT_EQ(WindowText(e), title + L" - Simulated: Deuteranopia");
         EXPECT_EQ(Swatch(e, 121), seen);
         EXPECT_EQ(Text(e, ids::kRgbLabel + 121), L"(255, 0, 0)");
-        Screenshot(w, "check-window");
         // Closing the check window returns to normal vision.
         Click(w, ids::kCheckClose);
         for (int i = 0; i < 250 && IsWindow(w); ++i) Sleep(20);
@@ -116,7 +115,6 @@ TEST_F(EditorChecks, AReadOnlyEditorMarksItsRowsToo) {
     info.lpszText = text;
     SendMessageW(tooltip, TTM_GETTEXTW, 2048, reinterpret_cast<LPARAM>(&info));
     tip = text;
-    Screenshot(e, "editor-markers-read-only");
     Click(e, ids::kCancel);
   });
   EXPECT_FALSE(button_enabled);

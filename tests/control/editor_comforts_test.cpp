@@ -115,7 +115,6 @@ TEST_F(EditorComforts, ClipboardEnterValueAndUndoAcrossAnImport) {
         EXPECT_FALSE(IsWindowEnabled(GetDlgItem(dialog, IDOK)));
         SetDlgItemTextW(dialog, ids::kValueEdit, L"#FF0000");
         EXPECT_TRUE(IsWindowEnabled(GetDlgItem(dialog, IDOK)));
-        Screenshot(dialog, "enter-value");
       }),
       Press(IDOK),
       ExpectText(ids::kRgbLabel + kRow, L"(255, 0, 0)"),

@@ -23,13 +23,12 @@ TEST_F(EditorCommands, SchemesSwitchSaveAsAndDeleteThroughTheirControlsAndDialog
       Answer(Str(1318) + L"QLT830_colors.clut " + Str(1319), IDYES),
       ExpectText(ids::kSchemeCombo, L"Day.clut"),
       ExpectColour(Table(), 35, 0x030201),
-      // Save As: centred over the editor, proposing the current name; an existing name
-      // answered No and a refused one leave it open; then Night.
+      // Save As: centred over the editor, proposing the current name; a refused name
+      // leaves it open; then Night.
       Press(ids::kSaveAsButton),
       Answer(Str(1401), 0),
       Do([&](HWND e) {
         HWND dialog = Front(d.thread);
-        Screenshot(dialog, "save-as");
         EXPECT_EQ(ItemText(dialog, ids::kSchemeNameLabel), Str(1402));
         RECT a, b;
         GetWindowRect(dialog, &a);
@@ -38,8 +37,6 @@ TEST_F(EditorCommands, SchemesSwitchSaveAsAndDeleteThroughTheirControlsAndDialog
         EXPECT_NEAR(a.top + a.bottom, b.top + b.bottom, 4);
       }),
       ExpectText(ids::kSchemeNameEdit, L"Day.clut"),
-      Name("QLT830_colors"),
-      Answer(L"QLT830_colors.clut" + Str(1451), IDNO),
       Name("..\\Night"),
       Answer(L"\"..\\Night\" " + Str(1452), IDOK),
       Name("Night"),
@@ -74,10 +71,7 @@ TEST_F(EditorCommands, TheListHoldsFiftySchemesAndSaveAsThenSaysThereIsNoRoom) {
 
 TEST_F(EditorCommands, MoreOpensUnderItsButtonAndExportImportAndRestoreDefaultsWork) {
   TempFolder folder;
-  const std::string ini = folder / "colors.ini", blocked = folder / "blocked\\";
-  // A folder that refuses the save dialog's probe file: its name is taken by a folder.
-  CreateDirectoryW(W(blocked).c_str(), nullptr);
-  CreateDirectoryW(W(blocked + "colors.ini.tmp").c_str(), nullptr);
+  const std::string ini = folder / "colors.ini";
   const std::int32_t reference35 = ParseClutLine(SplitClutLines(ReadBytes(etc_ + "QLT830_colors$clut")).lines[35]);
   const std::int32_t factory35 = ParseClutLine(SplitClutLines(ReadBytes(etc_ + "QLT830_colors.clut")).lines[35]);
   Display d;
@@ -86,7 +80,6 @@ TEST_F(EditorCommands, MoreOpensUnderItsButtonAndExportImportAndRestoreDefaultsW
         PostMessageW(Item(e, ids::kMoreButton), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(4, 4));
         HWND menu = WaitForWindow([](HWND w) { return HasClass(w, L"#32768"); }, d.thread);
         ASSERT_TRUE(menu);
-        Screenshot(e, "more-menu");
         RECT m, more;
         GetWindowRect(menu, &m);
         GetWindowRect(Item(e, ids::kMoreButton), &more);
@@ -109,9 +102,6 @@ TEST_F(EditorCommands, MoreOpensUnderItsButtonAndExportImportAndRestoreDefaultsW
       Menu('E'),
       Answer(Str(1330), IDCANCEL),
       Menu('E'),
-      Name(blocked + "colors.ini"),
-      Answer(L"Cannot save files in this location " + W(blocked) + L"colors.ini\r\n", IDOK),
-      Menu('E'),
       Name(ini),
       ExpectLine(ini, "Index_35="),
       Pick(6, RGB(1, 2, 3)),
@@ -127,7 +117,6 @@ TEST_F(EditorCommands, MoreOpensUnderItsButtonAndExportImportAndRestoreDefaultsW
       Press(ids::kOk),
   });
   EXPECT_EQ(d.results, std::vector<bool>{true});
-  EXPECT_FALSE(std::filesystem::exists(W(blocked + "colors.ini")));
   EXPECT_TRUE(d.Called(L"HostFileNotice|" + W(ini)));
   EXPECT_EQ(ParseClutLine(SplitClutLines(ReadBytes(Table())).lines[35]), reference35);  // restored, saved by OK
 }

@@ -28,7 +28,6 @@ TEST_F(EditorWindow, OpensModalOverItsOwnerAndClosesWithOkCancelEscEnterAndTheCl
                EXPECT_FALSE(IsWindowEnabled(owner));
                EXPECT_TRUE(GetWindowLongW(e, GWL_EXSTYLE) & WS_EX_TOPMOST);  // above a top-most display
                EXPECT_EQ(WindowText(e), Str(1301));
-               if (std::string(way.name) == "OK") Screenshot(e, "editor-open");
              }),
              way.close});
     EXPECT_EQ(d.results, std::vector<bool>{false}) << std::hex << d.hr;  // nothing changed: false, also after OK
@@ -130,7 +129,6 @@ TEST_F(EditorWindow, ReadOnlyShowsInTheHostsLanguageAndItsButtonsAreDrawnFlatUnt
     for (int i = 0; i < 2; ++i) {
       HWND e = Editor(d);
       ASSERT_TRUE(e);
-      if (i == 0) Screenshot(e, "editor-de");
       seen.push_back(WindowText(e) + L"|" + std::to_wstring(Enabled(e, ids::kColorButton + 19)) +
                      std::to_wstring(Enabled(e, ids::kOk)) + std::to_wstring(Enabled(e, ids::kSchemeCombo)) +
                      std::to_wstring(Enabled(e, ids::kSaveAsButton)));
@@ -320,14 +318,10 @@ TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
     d.shows = 2;
     d.between_shows = [&] { set_thread_dpi(reinterpret_cast<HANDLE>(-1) /* DPI_AWARENESS_CONTEXT_UNAWARE */); };
     std::vector<std::string> problems;
-    int dpi = 0;
     UINT dpi_again = 0;
     Run(d, [&] {
       HWND e = Editor(d);
       ASSERT_TRUE(e);
-      HDC dc = GetDC(e);
-      dpi = GetDeviceCaps(dc, LOGPIXELSY);
-      ReleaseDC(e, dc);
       // The focus starts on the tab strip (on the category list its text would show selected).
       if (Focus(d) != Item(e, ids::kTabStrip)) problems.push_back("the focus is not on the tab strip");
       // The whole editor, OK and Cancel included, is on the screen.
@@ -358,7 +352,6 @@ TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
             problems.push_back("page " + std::to_string(page) + "." + std::to_string(category) + ": " + p);
         }
       }
-      Screenshot(e, "editor-layout-" + U8(language) + "-" + std::to_string(dpi));
       // The check window beside it, with its list, vision and preview.
       PostMessageW(e, WM_COMMAND, ids::kCheckColorsItem, 0);
       if (HWND w = WaitForWindow([](HWND hwnd) { return HasClass(hwnd, ids::kCheckClass); }, d.thread)) {
@@ -367,7 +360,6 @@ TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
         RECT r;
         GetWindowRect(w, &r);
         if (r.bottom > work.bottom || r.right > work.right) problems.push_back("check window larger than the screen");
-        Screenshot(w, "check-layout-" + U8(language) + "-" + std::to_string(dpi));
         PostMessageW(w, WM_CLOSE, 0, 0);
       } else {
         problems.push_back("no check window");

@@ -149,8 +149,6 @@ class EditorWindow : public ::testing::Test {
   static bool Enabled(HWND editor, int id) { return IsWindowEnabled(Item(editor, id)); }
   static bool Shown(HWND editor, int id) { return IsWindowVisible(Item(editor, id)); }
   static std::wstring Text(HWND editor, int id) { return WindowText(Item(editor, id)); }
-  // The window as the user sees it, kept beside the build as a test artefact.
-  static void Screenshot(HWND window, const std::string& name);
 
   TempFolder app_folder_, user_folder_;
   std::string etc_, app_ = app_folder_.path(), user_ = user_folder_.path();
