@@ -7,8 +7,6 @@
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
 #include "win32/text.h"
@@ -49,19 +47,6 @@ std::string BuildFolder() {
   std::string bin = ExeFolder();
   bin.pop_back();
   return bin.substr(0, bin.rfind('\\') + 1);
-}
-
-std::string ReadBytes(const std::string& path) {
-  std::ifstream in(std::filesystem::path(W(path)), std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
-void WriteBytes(const std::string& path, const std::string& bytes) {
-  std::ofstream out(std::filesystem::path(W(path)), std::ios::binary | std::ios::trunc);
-  out << bytes;
-  if (!out) ADD_FAILURE() << "cannot write " << path;
 }
 
 void CopyTree(const std::string& from, const std::string& to) {

@@ -14,9 +14,6 @@
 
 namespace tq::test {
 
-// On Windows a temporary folder is the tests' scratch folder (removed with its content).
-using TempFolder = ScratchFolder;
-
 // A new, empty folder under the user's temp folder (trailing "\"), and its removal.
 std::string CreateTempFolder();
 void RemoveTree(const std::string& folder);
@@ -26,8 +23,6 @@ std::string ExeFolder();
 // The build folder (parent of bin), with trailing "\".
 std::string BuildFolder();
 
-std::string ReadBytes(const std::string& path);
-void WriteBytes(const std::string& path, const std::string& bytes);
 void CopyTree(const std::string& from, const std::string& to);  // folders with trailing "\"
 
 // The test helper executable as a second process. The helper signals readiness by

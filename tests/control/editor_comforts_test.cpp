@@ -12,7 +12,7 @@ class EditorComforts : public EditorWindow {
   static constexpr int kRow = 6;  // index 35 on the first tab
 
   std::int32_t FactoryColour(int index) {
-    return ParseClutLine(SplitClutLines(ReadBytes(etc_ + "QLT830_colors.clut")).lines[index]);
+    return ParseClutLine(SplitClutLines(Read(etc_ + "QLT830_colors.clut")).lines[index]);
   }
   // The factory colour of `index` as its RGB label shows it.
   std::wstring Factory(int index) { return RgbText(FactoryColour(index)); }
@@ -77,7 +77,7 @@ class EditorComforts : public EditorWindow {
 };
 
 TEST_F(EditorComforts, ClipboardEnterValueAndUndoAcrossAnImport) {
-  TempFolder folder;
+  ScratchFolder folder;
   const std::string ini = folder / "two.ini";
   WritePrivateProfileStringW(L"Logical Colors", L"Index_35", L"1 2 3", W(ini).c_str());
   WritePrivateProfileStringW(L"Logical Colors", L"Index_38", L"4 5 6", W(ini).c_str());

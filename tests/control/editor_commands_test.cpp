@@ -70,10 +70,10 @@ TEST_F(EditorCommands, TheListHoldsFiftySchemesAndSaveAsThenSaysThereIsNoRoom) {
 }
 
 TEST_F(EditorCommands, MoreOpensUnderItsButtonAndExportImportAndRestoreDefaultsWork) {
-  TempFolder folder;
+  ScratchFolder folder;
   const std::string ini = folder / "colors.ini";
-  const std::int32_t reference35 = ParseClutLine(SplitClutLines(ReadBytes(etc_ + "QLT830_colors$clut")).lines[35]);
-  const std::int32_t factory35 = ParseClutLine(SplitClutLines(ReadBytes(etc_ + "QLT830_colors.clut")).lines[35]);
+  const std::int32_t reference35 = ParseClutLine(SplitClutLines(Read(etc_ + "QLT830_colors$clut")).lines[35]);
+  const std::int32_t factory35 = ParseClutLine(SplitClutLines(Read(etc_ + "QLT830_colors.clut")).lines[35]);
   Display d;
   Play(d, {
       Do([&](HWND e) {
@@ -118,7 +118,7 @@ TEST_F(EditorCommands, MoreOpensUnderItsButtonAndExportImportAndRestoreDefaultsW
   });
   EXPECT_EQ(d.results, std::vector<bool>{true});
   EXPECT_TRUE(d.Called(L"HostFileNotice|" + W(ini)));
-  EXPECT_EQ(ParseClutLine(SplitClutLines(ReadBytes(Table())).lines[35]), reference35);  // restored, saved by OK
+  EXPECT_EQ(ParseClutLine(SplitClutLines(Read(Table())).lines[35]), reference35);  // restored, saved by OK
 }
 
 // The host's own file dialog: BrowsePressed answers with `file`, or cancels; noted.
@@ -151,7 +151,7 @@ class BrowseHost final : public test::StackDispatch {
 };
 
 TEST_F(EditorCommands, TheHostsOwnFileDialogTakesOverImportThroughTheControlsEvent) {
-  TempFolder folder;
+  ScratchFolder folder;
   const std::string ini = folder / "hand.ini";
   WritePrivateProfileStringW(L"Logical Colors", L"Index_35", L"10 20 30", W(ini).c_str());
   BrowseHost host;

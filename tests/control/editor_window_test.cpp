@@ -155,7 +155,7 @@ TEST_F(EditorWindow, AnotherEditorsLockOffersReadOnly) {
   const std::string lock = Table() + ".lock";
   HelperProcess other("hold-lock", {Table(), "Other display", "op2", "60000"});
   ASSERT_TRUE(other.ready());
-  const std::string held = ReadBytes(lock);
+  const std::string held = Read(lock);
   Display d;
   std::wstring title;
   BoxSeen box;
@@ -168,7 +168,7 @@ TEST_F(EditorWindow, AnotherEditorsLockOffersReadOnly) {
   });
   EXPECT_NE(box.text.find(L"Other display"), std::wstring::npos) << box.text;
   EXPECT_EQ(title, Str(1302));
-  EXPECT_EQ(ReadBytes(lock), held);  // theirs, untouched
+  EXPECT_EQ(Read(lock), held);  // theirs, untouched
 }
 
 TEST_F(EditorWindow, VoltageLevelRowsShowOnlyTheHostsLevels) {
@@ -251,7 +251,7 @@ TEST_F(EditorWindow, ATableWithUnreadableLinesAndAStaleOwnerStillOpenTheEditor) 
     SCOPED_TRACE(stale_owner);
     Display d;
     d.stale_owner = stale_owner;
-    d.before_show = [&] { WriteBytes(Table(), stale_owner ? SourceFile("data/QLT830_colors.clut") : twenty); };
+    d.before_show = [&] { Write(Table(), stale_owner ? SourceFile("data/QLT830_colors.clut") : twenty); };
     Play(d, {
         Do([&](HWND e) { EXPECT_EQ(GetWindow(e, GW_OWNER) != nullptr, !stale_owner); }),
         ExpectText(ids::kRgbLabel + 0, stale_owner ? L"(255, 255, 255)" : Str(1303)),

@@ -109,7 +109,7 @@ void EditorWindow::SetUp() {
             ERROR_SUCCESS);
   etc_ = U8(home) + "\\etc\\";
   for (const char* name : {"QLT830_colors.clut", "QLT830_colors$clut"})
-    WriteBytes(etc_ + name, SourceFile("data/" + std::string(name)));
+    Write(etc_ + name, SourceFile("data/" + std::string(name)));
 }
 
 void EditorWindow::TearDown() {
@@ -271,11 +271,11 @@ void EditorWindow::Play(Display& d, const std::vector<Step>& steps) {
           break;
         case Step::Kind::ExpectLine: {
           const std::string text = U8(step.text);
-          EXPECT_NE(ReadBytes(step.file).find(text), std::string::npos) << step.file << " has no line with " << text;
+          EXPECT_NE(Read(step.file).find(text), std::string::npos) << step.file << " has no line with " << text;
           break;
         }
         case Step::Kind::ExpectColour: {
-          const auto lines = SplitClutLines(ReadBytes(step.file)).lines;
+          const auto lines = SplitClutLines(Read(step.file)).lines;
           ASSERT_GT(lines.size(), static_cast<std::size_t>(step.id)) << step.file;
           EXPECT_EQ(ParseClutLine(lines[step.id]), static_cast<std::int32_t>(*step.colour)) << step.file << " " << step.id;
           break;

@@ -150,7 +150,7 @@ class EditorWindow : public ::testing::Test {
   static bool Shown(HWND editor, int id) { return IsWindowVisible(Item(editor, id)); }
   static std::wstring Text(HWND editor, int id) { return WindowText(Item(editor, id)); }
 
-  TempFolder app_folder_, user_folder_;
+  ScratchFolder app_folder_, user_folder_;
   std::string etc_, app_ = app_folder_.path(), user_ = user_folder_.path();
 };
 

@@ -11,7 +11,7 @@ namespace tq {
 namespace {
 
 TEST(Ini, ValuesAroundEachBufferSizeComeBackWhole) {
-  test::TempFolder t;
+  test::ScratchFolder t;
   const std::string file = t / "FrameWindow.ini";
   for (size_t length : {0u, 253u, 254u, 255u, 509u, 510u, 2000u}) {
     std::string value;

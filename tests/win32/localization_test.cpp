@@ -34,12 +34,12 @@ TEST(Localization, LibraryOfTheLanguageThenEnglishThenTheBuiltInTable) {
       {"damaged", {{kTestLangs, "EN"}}, {"ZZ"}, {{1202, "Cancel (EN library)"}}},
   };
   for (const auto& c : cases) {
-    test::TempFolder t;
+    test::ScratchFolder t;
     for (const auto& [from, code] : c.libraries) test::CopyTree(from + code + "\\", t.path() + code + "\\");
     // Unfiltered, XX\..\XX would load t\XX\ColorSettingTool_XX\..\XX.dll, that is t\XX\XX.dll.
     CopyFileW(test::W(t / "XX\\ColorSettingTool_XX.dll").c_str(), test::W(t / "XX\\XX.dll").c_str(), FALSE);
     CreateDirectoryW(test::W(t / "ZZ").c_str(), nullptr);
-    test::WriteBytes(t / "ZZ\\ColorSettingTool_ZZ.dll", std::string("MZ\x90\0junk", 8) + std::string(5000, '\xcc'));
+    test::Write(t / "ZZ\\ColorSettingTool_ZZ.dll", std::string("MZ\x90\0junk", 8) + std::string(5000, '\xcc'));
     std::thread([&] {
       for (const auto& language : c.languages)
         ThreadContext::This().Texts().LoadFrom(win::WinPlatform::Instance(), t.path().substr(0, t.path().size() - 1), language);

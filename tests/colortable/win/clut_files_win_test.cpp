@@ -12,8 +12,8 @@
 namespace tq {
 namespace {
 
-using test::ReadBytes;
-using test::WriteBytes;
+using test::Read;
+using test::Write;
 
 // The factory table in `dir` (no lock file), and an application with three schemes
 // and its settings paths.
@@ -25,16 +25,16 @@ class ClutWin : public ::testing::Test {
     p.CreateFolder(app / "ColorSchemes");
     SetColorSchemeFolder(module, app / "ColorSchemes");
     for (const char* name : {"QLT830_a.clut", "QLT830_b.clut", "QLT830_colors.clut"})
-      WriteBytes(schemes() + name, test::SourceFile("data/QLT830_colors.clut"));
+      Write(schemes() + name, test::SourceFile("data/QLT830_colors.clut"));
     SetIniPaths(p, module, app.path(), user.path());
   }
   std::string schemes() const { return app / "ColorSchemes\\"; }
   void Ini(const std::string& file, const std::string& value) {
-    WriteBytes(file, "[COLORSCHEMES]\r\nClutFile=" + value + "\r\n");
+    Write(file, "[COLORSCHEMES]\r\nClutFile=" + value + "\r\n");
   }
   void ExpectWriteRefused(const std::string& before) {
     EXPECT_FALSE(SaveColorTable(p, state));
-    EXPECT_EQ(ReadBytes(state.ClutFileName), before);
+    EXPECT_EQ(Read(state.ClutFileName), before);
     for (const auto& name : p.ListFileNames(dir.path())) EXPECT_FALSE(name.ends_with(".tmp")) << name;
     ASSERT_EQ(p.prompts.size(), 1u);
     const std::string& text = p.prompts[0].text;
@@ -45,14 +45,14 @@ class ClutWin : public ::testing::Test {
     EXPECT_EQ(p.prompts[0].style, kMbIconCritical);
     EXPECT_TRUE(p.host_calls.empty());
   }
-  test::TempFolder dir, app, user;
+  test::ScratchFolder dir, app, user;
   test::TestPlatform p;
   ColorSchemeModule module;
   ColorTableState state;
 };
 
 TEST_F(ClutWin, AReadOnlyFileOrOneHeldOpenByAnotherProcessIsNotReplacedAndTheUserIsTold) {
-  const std::string before = ReadBytes(state.ClutFileName);
+  const std::string before = Read(state.ClutFileName);
   ASSERT_TRUE(p.SetAttributes(state.ClutFileName, kAttrReadOnly));
   p.answers = {kIdOk};
   ExpectWriteRefused(before);
@@ -67,25 +67,25 @@ TEST_F(ClutWin, AReadOnlyFileOrOneHeldOpenByAnotherProcessIsNotReplacedAndTheUse
   holder.Wait();
   p.prompts.clear();
   EXPECT_TRUE(SaveColorTable(p, state));  // the same save goes through once it is closed
-  EXPECT_EQ(ParseClutLine(SplitClutLines(ReadBytes(state.ClutFileName)).lines[7]), 0x102030);
+  EXPECT_EQ(ParseClutLine(SplitClutLines(Read(state.ClutFileName)).lines[7]), 0x102030);
 }
 
 TEST_F(ClutWin, LoadUpgradesTheFileAndCopiesItOverTheToolkitsCopy) {
-  test::TempFolder home;
+  test::ScratchFolder home;
   ASSERT_TRUE(p.CreateFolder(home / "etc"));
-  WriteBytes(home / "etc\\QLT830_colors.clut", "old global copy");
+  Write(home / "etc\\QLT830_colors.clut", "old global copy");
   const auto value = test::RegistryValue::DVHome(home.path().substr(0, home.path().size() - 1));
-  WriteBytes(state.ClutFileName, JoinClutLines(test::OwnLines("93.02")));
+  Write(state.ClutFileName, JoinClutLines(test::OwnLines("93.02")));
   ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser));
   // The lines of the upgrade itself are the portable tests'.
-  const std::string upgraded = ReadBytes(state.ClutFileName);
+  const std::string upgraded = Read(state.ClutFileName);
   EXPECT_NE(upgraded, JoinClutLines(test::OwnLines("93.02")));
-  EXPECT_EQ(ReadBytes(home / "etc\\QLT830_colors.clut"), upgraded);
+  EXPECT_EQ(Read(home / "etc\\QLT830_colors.clut"), upgraded);
   EXPECT_EQ(state.ColorIndexValue[256], 120 + 7 * 256 + 9 * 65536);
   // Loaded again: "93.07" now, nothing is rewritten.
-  WriteBytes(home / "etc\\QLT830_colors.clut", "untouched");
+  Write(home / "etc\\QLT830_colors.clut", "untouched");
   ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser));
-  EXPECT_EQ(ReadBytes(home / "etc\\QLT830_colors.clut"), "untouched");
+  EXPECT_EQ(Read(home / "etc\\QLT830_colors.clut"), "untouched");
   EXPECT_TRUE(p.prompts.empty());
 }
 
@@ -100,10 +100,10 @@ TEST_F(ClutWin, UserOverApplicationOverDefaultMissingFilesSkippedAndWriteBackOnl
     EXPECT_EQ(GetIniClutFile(p, module, true), schemes() + step.expected) << step.file << " " << step.value;
   }
   p.RemoveFile(user_ini);
-  const std::string before = ReadBytes(app_ini);
+  const std::string before = Read(app_ini);
   SetRememberedClutFile(module, schemes() + "qlt830_A.CLUT");  // a change of case alone writes nothing
   EXPECT_FALSE(SaveIniClutFile(p, module));
-  EXPECT_EQ(ReadBytes(app_ini), before);
+  EXPECT_EQ(Read(app_ini), before);
   SetRememberedClutFile(module, schemes() + "QLT830_b.clut");
   EXPECT_TRUE(SaveIniClutFile(p, module));
   EXPECT_EQ(GetIniClutFile(p, module, false), schemes() + "QLT830_b.clut");
@@ -114,7 +114,7 @@ TEST_F(ClutWin, FactorySettingsComeLastFromTheInstallationRoot) {
   const std::string root = "C:\\sc\\";
   const std::string misc = root + "tq_lib\\defaults\\misc\\";
   for (const std::string& f : {root, root + "tq_lib\\", root + "tq_lib\\defaults\\", misc}) p.CreateFolder(f);
-  WriteBytes(misc + "default_FrameWindow.ini", "[COLORSCHEMES]\r\nClutFile=QLT830_b.clut\r\n");
+  Write(misc + "default_FrameWindow.ini", "[COLORSCHEMES]\r\nClutFile=QLT830_b.clut\r\n");
   {
     const auto value = test::RegistryValue::DVHome(root + "dataviews");
     SetIniPaths(p, module, app.path(), user.path());
@@ -147,9 +147,9 @@ TEST_F(ClutWin, TwoProcessesWritingAtOnceLoseNoUpdate) {
 }
 
 TEST_F(ClutWin, InitColorSchemesSynchronisesAndResolvesTheTable) {
-  test::TempFolder home;
+  test::ScratchFolder home;
   p.CreateFolder(home / "etc");
-  WriteBytes(home / "etc\\QLT830_global.clut", test::SourceFile("data/QLT830_colors.clut"));
+  Write(home / "etc\\QLT830_global.clut", test::SourceFile("data/QLT830_colors.clut"));
   const auto value = test::RegistryValue::DVHome(home.path().substr(0, home.path().size() - 1));
   Ini(app / "FrameWindow.ini", "QLT830_global.clut");
   const std::string app_folder = app.path();

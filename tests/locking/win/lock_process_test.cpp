@@ -27,7 +27,7 @@ bool Hidden(const std::string& path) {
 }
 
 TEST(LockBetweenProcesses, RefusedSideNamesTheHolderAndTheUserChoosesAndAKilledHoldersFileIsTakenOver) {
-  test::TempFolder folder;
+  test::ScratchFolder folder;
   const std::string file = folder / "QLT830_colors.clut";
   const std::string lock = file + ".lock";
   HelperProcess holder("hold-lock", {file, "ProcessDisplay", "op1", "120000"});
@@ -67,7 +67,7 @@ TEST(LockBetweenProcesses, RefusedSideNamesTheHolderAndTheUserChoosesAndAKilledH
     EXPECT_TRUE(c.GetFileLockerInfo(file, u, h));
     EXPECT_EQ(u + "@" + h, "op1@" + platform.ComputerName());
   }).join();
-  EXPECT_TRUE(test::ReadBytes(lock).find("\r\n" + holder_pid + "\r\n") != std::string::npos);  // untouched
+  EXPECT_TRUE(test::Read(lock).find("\r\n" + holder_pid + "\r\n") != std::string::npos);  // untouched
 
   holder.Kill();  // no clean-up: the lock file stays behind, hidden
   ASSERT_TRUE(win::WinPlatform::Instance().FileExists(lock));
@@ -78,7 +78,7 @@ TEST(LockBetweenProcesses, RefusedSideNamesTheHolderAndTheUserChoosesAndAKilledH
     EXPECT_TRUE(next.IsLockedByMe(file, "Next", "op2"));
     EXPECT_TRUE(Hidden(lock));
     // The share mode: readers are let in, a second writer is not.
-    EXPECT_NE(test::ReadBytes(lock).find("Next\r\nop2\r\n"), std::string::npos);
+    EXPECT_NE(test::Read(lock).find("Next\r\nop2\r\n"), std::string::npos);
     HANDLE writer = CreateFileW(W(lock).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                 OPEN_EXISTING, 0, nullptr);
     EXPECT_EQ(writer, INVALID_HANDLE_VALUE);
@@ -88,7 +88,7 @@ TEST(LockBetweenProcesses, RefusedSideNamesTheHolderAndTheUserChoosesAndAKilledH
 }
 
 TEST(LockBetweenProcesses, TenProcessesRaceAndExactlyOneWinsTheOthersNameIt) {
-  test::TempFolder folder;
+  test::ScratchFolder folder;
   const std::string file = folder / "race.clut";
   const std::string start_name = "TqLockRaceStart_" + std::to_string(GetCurrentProcessId());
   HANDLE start = CreateEventW(nullptr, TRUE, FALSE, W(start_name).c_str());
