@@ -102,19 +102,7 @@ TEST_F(EditorChecks, AReadOnlyEditorMarksItsRowsToo) {
     ASSERT_TRUE(e);
     button_enabled = Enabled(e, ids::kColorButton + 19);
     normal_row = Text(e, ids::kFindingMarker + 19);  // Status: Normal (index 32)
-    HWND tooltip = nullptr;
-    EachThreadWindow(d.thread, [&](HWND hwnd) {
-      if (HasClass(hwnd, TOOLTIPS_CLASSW) && GetWindow(hwnd, GW_OWNER) == e) tooltip = hwnd;
-      return !tooltip;
-    });
-    wchar_t text[2048] = L"";
-    TTTOOLINFOW info{};
-    info.cbSize = sizeof info;
-    info.hwnd = GetParent(Item(e, ids::kFindingMarker + 19));
-    info.uId = reinterpret_cast<UINT_PTR>(Item(e, ids::kFindingMarker + 19));
-    info.lpszText = text;
-    SendMessageW(tooltip, TTM_GETTEXTW, 2048, reinterpret_cast<LPARAM>(&info));
-    tip = text;
+    tip = Tip(d, e, Item(e, ids::kFindingMarker + 19));
     Click(e, ids::kCancel);
   });
   EXPECT_FALSE(button_enabled);

@@ -91,24 +91,8 @@ TEST_F(EditorWindow, TagoutShowsItsBoldHeadingAndTheTooltipsNameIndexAndFile) {
     GetObjectW(reinterpret_cast<HFONT>(SendMessageW(Item(e, ids::kTagoutHeading), WM_GETFONT, 0, 0)), sizeof font, &font);
     weight = font.lfWeight;
     button = Text(e, ids::kColorButton + 100);
-    HWND tooltip = nullptr;
-    EachThreadWindow(d.thread, [&](HWND hwnd) {
-      if (HasClass(hwnd, TOOLTIPS_CLASSW) && GetWindow(hwnd, GW_OWNER) == e) tooltip = hwnd;
-      return !tooltip;
-    });
-    auto tip = [&](HWND parent, HWND tool) {
-      wchar_t text[512] = L"";
-      TTTOOLINFOW info{};
-      info.cbSize = sizeof info;
-      info.hwnd = parent;
-      info.uId = reinterpret_cast<UINT_PTR>(tool);
-      info.lpszText = text;
-      SendMessageW(tooltip, TTM_GETTEXTW, 512, reinterpret_cast<LPARAM>(&info));
-      return std::wstring(text);
-    };
-    HWND frame = Item(e, ids::kFrame + 1);
-    index_tip = tip(frame, Item(e, ids::kNameLabel + 100));
-    file_tip = tip(GetParent(frame), frame);
+    index_tip = Tip(d, e, Item(e, ids::kNameLabel + 100));
+    file_tip = Tip(d, e, Item(e, ids::kFrame + 1));
     Click(e, ids::kCancel);
   });
   EXPECT_EQ(weight, FW_BOLD);

@@ -335,6 +335,22 @@ void EditorWindow::Type(HWND editor, const std::vector<WORD>& keys) {
   Idle(editor);
 }
 
+std::wstring EditorWindow::Tip(const Display& d, HWND editor, HWND tool) {
+  HWND tooltip = nullptr;
+  EachThreadWindow(d.thread, [&](HWND hwnd) {
+    if (HasClass(hwnd, TOOLTIPS_CLASSW) && GetWindow(hwnd, GW_OWNER) == editor) tooltip = hwnd;
+    return !tooltip;
+  });
+  wchar_t text[2048] = L"";
+  TTTOOLINFOW info{};
+  info.cbSize = sizeof info;
+  info.hwnd = GetParent(tool);
+  info.uId = reinterpret_cast<UINT_PTR>(tool);
+  info.lpszText = text;
+  SendMessageW(tooltip, TTM_GETTEXTW, 2048, reinterpret_cast<LPARAM>(&info));
+  return text;
+}
+
 int EditorWindow::ShownPage(HWND editor) {
   for (int page = 0; page < 12; ++page)
     if (HWND panel = Item(editor, ids::kPagePanel + page); panel && IsWindowVisible(panel)) return page;

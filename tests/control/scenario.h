@@ -149,6 +149,8 @@ class EditorWindow : public ::testing::Test {
   static bool Enabled(HWND editor, int id) { return IsWindowEnabled(Item(editor, id)); }
   static bool Shown(HWND editor, int id) { return IsWindowVisible(Item(editor, id)); }
   static std::wstring Text(HWND editor, int id) { return WindowText(Item(editor, id)); }
+  // The editor's tooltip for `tool`, a window inside it.
+  static std::wstring Tip(const Display& d, HWND editor, HWND tool);
 
   ScratchFolder app_folder_, user_folder_;
   std::string etc_, app_ = app_folder_.path(), user_ = user_folder_.path();
