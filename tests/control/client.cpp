@@ -1,5 +1,9 @@
 #include "control/client.h"
 
+#include <gtest/gtest.h>
+
+#include "TqColorSettingTool_h.h"
+
 namespace test {
 
 DWORD RunRegsvr32(bool unregister) {
@@ -26,6 +30,33 @@ STDMETHODIMP StackDispatch::QueryInterface(REFIID iid, void** out) {
   *out = static_cast<IDispatch*>(this);
   AddRef();
   return S_OK;
+}
+
+BrowseSink::BrowseSink() : StackDispatch(DIID___ctlTqColorSetting) {}
+
+STDMETHODIMP BrowseSink::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) {
+  seen.push_back(id);
+  if (id != 3 || p->cArgs != 7) return DISP_E_BADPARAMCOUNT;
+  // rgvarg reversed: Cancel, vRetVal, dlgFile, dlgFilter, dlgTitle, dlgType, dlgParent.
+  parents.push_back(p->rgvarg[6].lVal);
+  args.push_back(std::to_wstring(p->rgvarg[5].iVal) + L"|" + p->rgvarg[4].bstrVal + L"|" + p->rgvarg[3].bstrVal +
+                 L"|" + p->rgvarg[2].bstrVal);
+  VariantClear(p->rgvarg[1].pvarVal);
+  p->rgvarg[1].pvarVal->vt = VT_BSTR;
+  p->rgvarg[1].pvarVal->bstrVal = SysAllocString(file.c_str());
+  *p->rgvarg[0].pboolVal = cancel ? VARIANT_TRUE : VARIANT_FALSE;
+  return S_OK;
+}
+
+void BrowseSink::Connect(IDispatch* control) {
+  ComPtr<IConnectionPointContainer> container;
+  ComPtr<IConnectionPoint> point;
+  DWORD cookie = 0;
+  ArgList use;
+  if (FAILED(control->QueryInterface(IID_PPV_ARGS(&container))) ||
+      FAILED(container->FindConnectionPoint(DIID___ctlTqColorSetting, &point)) || FAILED(point->Advise(this, &cookie)) ||
+      FAILED(use.Str(L"UseCustomFileDlg").I2(-1).Invoke(control, L"SetObjectValue")))
+    ADD_FAILURE() << "cannot connect to the control's events";
 }
 
 ArgList::~ArgList() {

@@ -54,6 +54,22 @@ class HostDispatch : public StackDispatch {
   }
 };
 
+// A handler of the control's events, as a host with a file dialog of its own: answers
+// BrowsePressed with `file`, or cancels; notes every event's id and each BrowsePressed
+// as its parent window and "type|title|filter|file".
+class BrowseSink final : public StackDispatch {
+ public:
+  BrowseSink();
+  std::wstring file = L"C:\\Schemes\\Night.clut";
+  bool cancel = false;
+  std::vector<DISPID> seen;
+  std::vector<long> parents;
+  std::vector<std::wstring> args;
+  STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) override;
+  // Advises the control's events, then asks it to use them ("UseCustomFileDlg").
+  void Connect(IDispatch* control);
+};
+
 // Arguments in natural order; owns what by-reference arguments point to.
 class ArgList {
  public:

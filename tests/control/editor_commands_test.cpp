@@ -3,8 +3,6 @@
 // dialogs, and the host's own file dialog. What the commands
 // decide is the session's tests' subject; here each opens, reaches the session and
 // shows its result.
-#include "TqColorSettingTool_h.h"
-
 #include "control/scenario.h"
 
 namespace {
@@ -121,40 +119,11 @@ TEST_F(EditorCommands, MoreOpensUnderItsButtonAndExportImportAndRestoreDefaultsW
   EXPECT_EQ(ParseClutLine(SplitClutLines(Read(Table())).lines[35]), reference35);  // restored, saved by OK
 }
 
-// The host's own file dialog: BrowsePressed answers with `file`, or cancels; noted.
-class BrowseHost final : public test::StackDispatch {
- public:
-  BrowseHost() : StackDispatch(DIID___ctlTqColorSetting) {}
-  std::wstring file;
-  bool cancel = false;
-  std::vector<std::wstring> seen;
-  STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) override {
-    if (id != 3 || p->cArgs != 7) return S_OK;
-    seen.push_back(std::to_wstring(p->rgvarg[5].iVal) + L"|" + p->rgvarg[4].bstrVal + L"|" + p->rgvarg[3].bstrVal +
-                   L"|" + p->rgvarg[2].bstrVal + L"|" + std::to_wstring(p->rgvarg[6].lVal != 0));
-    VariantClear(p->rgvarg[1].pvarVal);
-    p->rgvarg[1].pvarVal->vt = VT_BSTR;
-    p->rgvarg[1].pvarVal->bstrVal = SysAllocString(file.c_str());
-    *p->rgvarg[0].pboolVal = cancel ? VARIANT_TRUE : VARIANT_FALSE;
-    return S_OK;
-  }
-  void Connect(IDispatch* control) {
-    ComPtr<IConnectionPointContainer> container;
-    ComPtr<IConnectionPoint> point;
-    DWORD cookie = 0;
-    ASSERT_EQ(control->QueryInterface(IID_PPV_ARGS(&container)), S_OK);
-    ASSERT_EQ(container->FindConnectionPoint(DIID___ctlTqColorSetting, &point), S_OK);
-    ASSERT_EQ(point->Advise(this, &cookie), S_OK);
-    ArgList use;
-    ASSERT_EQ(use.Str(L"UseCustomFileDlg").I2(-1).Invoke(control, L"SetObjectValue"), S_OK);
-  }
-};
-
 TEST_F(EditorCommands, TheHostsOwnFileDialogTakesOverImportThroughTheControlsEvent) {
   ScratchFolder folder;
   const std::string ini = folder / "hand.ini";
   WritePrivateProfileStringW(L"Logical Colors", L"Index_35", L"10 20 30", W(ini).c_str());
-  BrowseHost host;
+  test::BrowseSink host;
   host.file = W(ini);
   Display d;
   d.with_control = [&](IDispatch* control) { host.Connect(control); };
@@ -168,8 +137,9 @@ TEST_F(EditorCommands, TheHostsOwnFileDialogTakesOverImportThroughTheControlsEve
       ExpectText(ids::kRgbLabel + 6, L"(10, 20, 30)"),
       Press(ids::kCancel),
   });
-  ASSERT_EQ(host.seen.size(), 2u);
-  EXPECT_EQ(host.seen[0], L"3|" + Str(1329) + L"|Ini Files (*.ini)|*.ini|All Files (*.*)|*.*||C:\\|1");
+  ASSERT_EQ(host.args.size(), 2u);
+  EXPECT_EQ(host.args[0], L"3|" + Str(1329) + L"|Ini Files (*.ini)|*.ini|All Files (*.*)|*.*||C:\\");
+  EXPECT_NE(host.parents[0], 0);
 }
 
 }  // namespace

@@ -17,32 +17,12 @@ namespace {
 using test::ArgList;
 using test::ComPtr;
 
-// A sink for __ctlTqColorSetting that answers BrowsePressed like a host with its own dialog.
-class BrowseSink final : public test::StackDispatch {
- public:
-  BrowseSink() : StackDispatch(DIID___ctlTqColorSetting) {}
-  STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) override {
-    seen.push_back(id);
-    if (id != 3 || p->cArgs != 7) return DISP_E_BADPARAMCOUNT;
-    // rgvarg reversed: Cancel, vRetVal, dlgFile, dlgFilter, dlgTitle, dlgType, dlgParent.
-    args = std::to_wstring(p->rgvarg[6].lVal) + L"|" + std::to_wstring(p->rgvarg[5].iVal) + L"|" +
-           p->rgvarg[4].bstrVal + L"|" + p->rgvarg[3].bstrVal + L"|" + p->rgvarg[2].bstrVal;
-    VARIANT* answer = p->rgvarg[1].pvarVal;
-    VariantClear(answer);
-    answer->vt = VT_BSTR;
-    answer->bstrVal = SysAllocString(L"C:\\Schemes\\Night.clut");
-    *p->rgvarg[0].pboolVal = cancel;
-    return S_OK;
-  }
-  VARIANT_BOOL cancel = VARIANT_FALSE;
-  std::vector<DISPID> seen;
-  std::wstring args;
-};
+using test::BrowseSink;
 
 TEST(Events, BrowsePressedReachesEverySinkAndReadsTheAnswersBack) {
   test::Apartment apartment;
   BrowseSink first, second;
-  second.cancel = VARIANT_TRUE;
+  second.cancel = true;
   {
     ComPtr<IUnknown> object;
     ComPtr<IProvideClassInfo2> class_info;
@@ -83,7 +63,8 @@ TEST(Events, BrowsePressedReachesEverySinkAndReadsTheAnswersBack) {
     tq::HostValue file_name;
     bool cancel = false;
     control->Instance().CustomFileDlg->RaiseBrowse(4711, 1, "Open", "*.clut|*.clut", "a.clut", file_name, cancel);
-    EXPECT_EQ(first.args, L"4711|1|Open|*.clut|*.clut|a.clut");
+    EXPECT_EQ(first.args[0], L"1|Open|*.clut|*.clut|a.clut");
+    EXPECT_EQ(first.parents[0], 4711);
     EXPECT_EQ(file_name.text, "C:\\Schemes\\Night.clut");
     EXPECT_TRUE(cancel);
     ASSERT_EQ(point->Unadvise(cookie2), S_OK);
