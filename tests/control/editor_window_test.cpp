@@ -133,28 +133,6 @@ TEST_F(EditorWindow, ReadOnlyShowsInTheHostsLanguageAndItsButtonsAreDrawnFlatUnt
   EXPECT_TRUE(frames[0] != frames[2] || frames[1] != frames[3]);
 }
 
-TEST_F(EditorWindow, AnotherEditorsLockOffersReadOnly) {
-  Display first;  // provisions the scheme folder, then leaves
-  Run(first, [&] { Click(Editor(first), ids::kCancel); });
-  const std::string lock = Table() + ".lock";
-  HelperProcess other("hold-lock", {Table(), "Other display", "op2", "60000"});
-  ASSERT_TRUE(other.ready());
-  const std::string held = Read(lock);
-  Display d;
-  std::wstring title;
-  BoxSeen box;
-  Run(d, [&] {
-    box = AnswerMessageBox(W("Open " + Table()), IDYES).get();
-    HWND e = Editor(d);
-    ASSERT_TRUE(e);
-    title = WindowText(e);
-    Click(e, ids::kCancel);
-  });
-  EXPECT_NE(box.text.find(L"Other display"), std::wstring::npos) << box.text;
-  EXPECT_EQ(title, Str(1302));
-  EXPECT_EQ(Read(lock), held);  // theirs, untouched
-}
-
 TEST_F(EditorWindow, VoltageLevelRowsShowOnlyTheHostsLevels) {
   Display d;
   d.levels = 5;

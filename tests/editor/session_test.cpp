@@ -362,6 +362,13 @@ TEST_F(Session, ChoosingASchemeAsksForUnsavedColoursMovesTheLockAndHonoursAHolde
   EXPECT_TRUE(Show(c));  // only switched: true, and nothing written for it
   EXPECT_EQ(Bytes(colors), colors_before);
   EXPECT_EQ(Colour35(night), 0x00FF00);
+  // Held by another editor when the editor opens: read-only when the user agrees.
+  HoldElsewhere(colors);
+  p.answers = {kIdYes};
+  editor.act = nullptr;
+  EXPECT_FALSE(Show(c));
+  EXPECT_EQ(editor.shown.back().caption, GetString(1302));
+  EXPECT_FALSE(editor.shown.back().lock_created);
 }
 
 TEST_F(Session, SaveAsCopiesRenamesOverwritesOnlyWhenAskedAndRefusesNamesOutsideTheFolder) {
