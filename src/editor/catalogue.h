@@ -137,8 +137,6 @@ VoltageRowNames InitColorRowMap(ColorRowMapArray& map, ColorTableArray& table, c
 
 // The colour index shown in `row`: the first map entry equal to it, -1 when none.
 int FindColorRow(const ColorRowMapArray& map, int row);
-// A row no colour index is placed in is hidden (button, RGB text and name).
-inline bool IsRowShown(const ColorRowMapArray& map, int row) { return FindColorRow(map, row) != -1; }
 
 // The row's name: string 101 + row, rows 60-79 from the voltage-level step.
 std::string RowName(int row, const VoltageRowNames& voltage_names);

@@ -61,7 +61,7 @@ TEST(Catalogue, RowMapPlacesEachIndexInItsRowOnce) {
     }
     EXPECT_EQ(shown.size(), pipeline ? 116u : 104u);  // 94 fixed rows, 10 powered, 12 pipeline
     std::string common;  // Network Topology / Common: places 4 and 8 stay empty
-    for (int row = 20; row < 40; ++row) common += IsRowShown(b.map, row) ? 'x' : '.';
+    for (int row = 20; row < 40; ++row) common += FindColorRow(b.map, row) != -1 ? 'x' : '.';
     EXPECT_EQ(common, "xxx.xxx.x...........");
   }
   ColorRowMapArray map;
