@@ -169,10 +169,12 @@ void CheckUi::EditorClosing(bool destroyed) {
   if (window_) DestroyWindow(window_);  // returns to normal vision
   vision_ = quality::Vision::Normal;
   reset_ = false;
-  if (destroyed) {
-    markers_.fill(nullptr);
-    for (auto& text : marker_texts_) text.clear();
-  }
+  if (destroyed) ForgetMarkers();
+}
+
+void CheckUi::ForgetMarkers() {
+  markers_.fill(nullptr);
+  for (auto& text : marker_texts_) text.clear();
 }
 
 std::int32_t CheckUi::Shown(std::int32_t colour) const {

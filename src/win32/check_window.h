@@ -50,6 +50,8 @@ class CheckUi {
   // The editor's window is gone or hidden: the check window closes, vision is normal,
   // and the markers' handles (children of the editor) are forgotten when `destroyed`.
   void EditorClosing(bool destroyed);
+  // The editor's controls were made again (another DPI): the markers went with them.
+  void ForgetMarkers();
 
   // More > Check Colors...: opens the window, or activates the one that is open.
   void OpenWindow();

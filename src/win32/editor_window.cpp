@@ -186,11 +186,7 @@ void EditorWindow::Build(frmTqColorSetting& session) {
     DeleteMenu(menu, SC_RESTORE, MF_BYCOMMAND);
   }
   dpi_ = WindowDpi(hwnd_);
-  gdi_ = std::make_unique<Gdi>();
-  LOGFONTW font = clsFontHelper::MessageFont(dpi_);
-  gdi_->font.reset(CreateFontIndirectW(&font));
-  font.lfWeight = FW_BOLD;
-  gdi_->bold.reset(CreateFontIndirectW(&font));
+  MakeFonts();
   // The versioned classes of common controls 6, looked up once: by name, every
   // creation would resolve the activation context again.
   auto atom_of = [](const wchar_t* name) {
@@ -204,6 +200,38 @@ void EditorWindow::Build(frmTqColorSetting& session) {
   combo_class_ = atom_of(WC_COMBOBOXW);
   CreateControls();
   ApplyTopMost();
+}
+
+void EditorWindow::MakeFonts() {
+  gdi_ = std::make_unique<Gdi>();
+  LOGFONTW font = clsFontHelper::MessageFont(dpi_);
+  gdi_->font.reset(CreateFontIndirectW(&font));
+  font.lfWeight = FW_BOLD;
+  gdi_->bold.reset(CreateFontIndirectW(&font));
+}
+
+// Moved to a monitor of another DPI (a per-monitor aware host): the controls are made
+// again at the new DPI where the system suggests. The session keeps the page, the
+// category and the colours; pages are built again when shown, as at the first opening.
+void EditorWindow::OnDpiChanged(int dpi, const RECT& suggested) {
+  if (!session_ || dpi <= 0 || dpi == dpi_) return;
+  const bool had_focus = GetFocus() && IsChild(hwnd_, GetFocus());
+  for (HWND child = GetWindow(hwnd_, GW_CHILD); child;) {
+    HWND next = GetWindow(child, GW_HWNDNEXT);
+    DestroyWindow(child);
+    child = next;
+  }
+  DestroyWindow(tooltip_);
+  ForgetControls();
+  checks_->ForgetMarkers();
+  dpi_ = dpi;
+  MakeFonts();
+  CreateControls();
+  FillSchemeList();
+  ApplyEnablement();
+  ApplySelection();
+  SetWindowPos(hwnd_, nullptr, suggested.left, suggested.top, 0, 0, SWP_NOZORDER | SWP_NOSIZE | SWP_NOACTIVATE);
+  if (had_focus) SetFocus(tabs_);
 }
 
 // Top-most owner, top-most editor: it must not open behind an always-on-top display.
@@ -233,7 +261,12 @@ void EditorWindow::Destroy() {
 // Lets go of what was made for the window, which is gone.
 void EditorWindow::Forget() {
   checks_->EditorClosing(true);
-  tooltip_ = tabs_ = find_box_ = nullptr;  // the find box went with its owner
+  find_box_ = nullptr;  // it went with its owner
+  ForgetControls();
+}
+
+void EditorWindow::ForgetControls() {
+  tooltip_ = tabs_ = nullptr;
   pages_.fill(nullptr);
   for (auto& frames : frames_) frames.fill(nullptr);
   shown_frame_.fill(-1);
@@ -358,6 +391,9 @@ LRESULT EditorWindow::Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lpar
     }
     case WM_CONTEXTMENU:
       if (session_) ComfortsContextMenu(*this, reinterpret_cast<HWND>(wparam), lparam);
+      return 0;
+    case WM_DPICHANGED:
+      if (hwnd == hwnd_) OnDpiChanged(HIWORD(wparam), *reinterpret_cast<const RECT*>(lparam));
       return 0;
     case DM_GETDEFID:
       if (hwnd == hwnd_) return MAKELRESULT(ids::kOk, DC_HASDEFID);

@@ -58,8 +58,6 @@ class EditorWindow final : public EditorView {
   std::int32_t WindowHandle() const override;
   std::int32_t ButtonFaceColor() const override;
 
-  HWND hwnd() const { return hwnd_; }
-
  private:
   friend class EditorComforts;  // the context menu, clipboard, undo and find (editor_comforts.cpp)
   friend class CheckUi;
@@ -90,6 +88,9 @@ class EditorWindow final : public EditorView {
   void RunModal();
   void Fail() noexcept;
   void Forget();
+  void ForgetControls();
+  void MakeFonts();
+  void OnDpiChanged(int dpi, const RECT& suggested);
   LRESULT Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
 
   void CreateControls();

@@ -339,6 +339,33 @@ TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
   }
 }
 
+// A per-monitor aware host's editor moved to a monitor of 144 DPI.
+TEST_F(EditorWindow, AnotherMonitorsDpiRemakesTheControlsWhereTheSystemSuggests) {
+  Display d;
+  std::vector<std::string> problems;
+  Play(d, {
+      Pick(6, RGB(1, 2, 3)),
+      Do([&](HWND e) {
+        RECT before, after, window, suggested{40, 30, 0, 0};
+        GetWindowRect(Item(e, ids::kTabStrip), &before);
+        SendMessageW(e, WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&suggested));
+        GetWindowRect(Item(e, ids::kTabStrip), &after);
+        GetWindowRect(e, &window);
+        EXPECT_EQ(window.left * 1000 + window.top, 40030);
+        EXPECT_NEAR(double(after.right - after.left) / (before.right - before.left), 1.5, 0.15);
+        EXPECT_EQ(ShownPage(e), 0);
+        EXPECT_TRUE(Item(e, ids::kFindingMarker + 19));
+        problems = LayoutProblems(e);
+      }),
+      ExpectText(ids::kRgbLabel + 6, L"(1, 2, 3)"),
+      ExpectText(ids::kSchemeCombo, L"QLT830_colors.clut"),
+      Pick(6, RGB(4, 5, 6), L"(1, 2, 3)"),
+      ExpectText(ids::kRgbLabel + 6, L"(4, 5, 6)"),
+      Press(ids::kCancel),
+  });
+  EXPECT_TRUE(problems.empty()) << problems.size() << " problems, first: " << problems.front();
+}
+
 TEST_F(EditorWindow, TwoHundredOpeningsLeaveHandlesGdiUserObjectsAndMemoryFlat) {
   // Wine counts no USER objects either: the windows of the display's thread stand in.
   struct Use {
