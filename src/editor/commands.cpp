@@ -70,7 +70,7 @@ void frmTqColorSetting::cmbColorSchemes_Click(int index) {
       const std::string prompt =
           Text(sid::kColorsFor) + FileNameOf(ClutFileName()) + " " + Text(sid::kChangedSaveQuestion);
       if (Ask(prompt, kMbYesNo, kMbIconExclamation) == kIdYes) {
-        if (!SaveColorTable(*platform_, table_)) {
+        if (!SaveColorTable(*platform_, strings_, table_)) {
           // The user has been told; the colours stay on the screen, unsaved, and with
           // them the scheme they belong to.
           table_.ClutError = false;
@@ -127,7 +127,7 @@ void frmTqColorSetting::ApplySchemeFile(const std::string& path, bool reload) {
   MakeEnableChanges(false);
   if (view_ && loaded_) view_->StateChanged();
   if (reload) {
-    LoadColorTable(*platform_, schemes_, table_, true, LoadReport::ToUser);
+    LoadColorTable(*platform_, schemes_, table_, true, LoadReport::ToUser(strings_));
     table_.ClutError = false;  // reported; the rows say "Unreadable" where it matters
     if (view_ && loaded_) view_->RowChanged(-1);
   }
@@ -200,7 +200,7 @@ void frmTqColorSetting::cmdSave_Click() {
       return;
     }
   }
-  if (!SaveColorTable(*platform_, table_)) {
+  if (!SaveColorTable(*platform_, strings_, table_)) {
     table_.ClutError = false;  // the user has been told
     if (switching) ReturnTo(before);  // to a file OK can still save, the changes still marked
     return;
@@ -247,7 +247,7 @@ void frmTqColorSetting::miRestoreDefaults_Click() {
   // was, rather than "Unreadable" rows that the next save would fill with other colours.
   ColorTableState restored = table_;
   restored.ClutFileName = RestoreDefaultsSource(*platform_, ClutFileName());
-  if (!LoadColorTable(*platform_, schemes_, restored, true, LoadReport::ToUser)) return;
+  if (!LoadColorTable(*platform_, schemes_, restored, true, LoadReport::ToUser(strings_))) return;
   history_.Record(ColourRows::Of(table_), ColourRows::Of(restored));
   table_.rows = restored.rows;
   table_.ColorIndexValue = restored.ColorIndexValue;
@@ -293,8 +293,8 @@ void frmTqColorSetting::miExport_Click() {
     // A "not defined" row is exported as the colour its button shows.
     const std::int32_t colour = shown.kind == RowColour::Kind::Colour ? shown.colour : kClutNotDefined;
     const std::string value =
-        LogicalColorValue(index, colour, view_ ? view_->ButtonFaceColor() : kButtonFaceGrey, RowName(row, voltage_names_),
-                          GetTabCaptionOfRow(strip, row), GetCategoryNameOfRow(row));
+        LogicalColorValue(index, colour, view_ ? view_->ButtonFaceColor() : kButtonFaceGrey, RowName(strings_, row, voltage_names_),
+                          GetTabCaptionOfRow(strings_, strip, row), GetCategoryNameOfRow(strings_, row));
     if (IoStatus written = platform_->IniWrite(kLogicalColorsSection, LogicalColorsKey(index), value, file);
         !written) {
       Ask(file + "\r\n" + written.message + "\r\n\r\n" + Text(sid::kCannotSave), kMbOk, kMbIconCritical);

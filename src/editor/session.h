@@ -327,6 +327,8 @@ class frmTqColorSetting {
   // The session's texts sid::kFirstSessionText to kLastSessionText, loaded with the
   // language ("" before).
   const std::string& Text(int id) const;
+  // All texts of the session's language (the thread's), for the names it shows.
+  const LanguageTexts& Strings() const { return strings_; }
 
  private:
   // The file being edited and how: what a command that fails halfway returns to.
