@@ -200,11 +200,17 @@ bool IndexCatalogue::Shown(int index) const {
   return index >= 0 && index < kClutIndexCount && map_[index] >= 0 && FindColorRow(map_, map_[index]) == index;
 }
 
-std::string IndexCatalogue::Name(int index) const { return Shown(index) ? RowName(texts_, map_[index], voltage_names_) : ""; }
+std::string IndexCatalogue::Name(int index) const {
+  return Shown(index) ? RowName(texts_, map_[index], voltage_names_) : "";
+}
 
-std::string IndexCatalogue::Tab(int index) const { return Shown(index) ? GetTabCaptionOfRow(texts_, strip_, map_[index]) : ""; }
+std::string IndexCatalogue::Tab(int index) const {
+  return Shown(index) ? GetTabCaptionOfRow(texts_, strip_, map_[index]) : "";
+}
 
-std::string IndexCatalogue::Category(int index) const { return Shown(index) ? GetCategoryNameOfRow(texts_, map_[index]) : ""; }
+std::string IndexCatalogue::Category(int index) const {
+  return Shown(index) ? GetCategoryNameOfRow(texts_, map_[index]) : "";
+}
 
 std::string IndexCatalogue::Label(int index) const {
   const std::string tab = Tab(index), category = Category(index);

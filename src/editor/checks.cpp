@@ -139,10 +139,12 @@ std::string VisionText(const LanguageTexts& texts, Vision vision) {
 }
 
 std::string DescribeFinding(const LanguageTexts& texts, const Finding& f, int index, const IndexName& name_of) {
-  if (!f.checked) return texts.Get(f.measured == kClutNotDefined ? sid::kUncheckedNotDefined : sid::kUncheckedUnreadable);
+  if (!f.checked)
+    return texts.Get(f.measured == kClutNotDefined ? sid::kUncheckedNotDefined : sid::kUncheckedUnreadable);
   const int other = f.indexes.size() > 1 && f.indexes[0] == index ? f.indexes[1] : f.indexes[0];
   const Vision vision = VisionOf(f);
-  const std::string for_vision = vision == Vision::Normal ? "" : texts.Get(sid::kForVisionBefore + static_cast<int>(vision));
+  const std::string for_vision =
+      vision == Vision::Normal ? "" : texts.Get(sid::kForVisionBefore + static_cast<int>(vision));
   std::string name = name_of ? name_of(other) : std::string();
   if (name.empty()) name = std::to_string(other);
   return Fill(texts.Get(f.measure == Measure::Contrast ? sid::kLowContrast : sid::kHardToTell),
