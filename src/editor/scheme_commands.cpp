@@ -61,7 +61,7 @@ void frmTqColorSetting::ImportIniFile() { SchemeCommands(*this).ImportIniFile();
 // ---- Helpers ----
 
 int SchemeCommands::Ask(const std::string& prompt, int buttons, int style) {
-  return s_.platform_->ShowMessage(prompt, buttons, style, s_.Text(sid::kTitle));
+  return platform_.ShowMessage(prompt, buttons, style, s_.Text(sid::kTitle));
 }
 
 EditorView* SchemeCommands::LoadedView() const { return s_.IsLoaded() ? s_.View() : nullptr; }
@@ -88,7 +88,7 @@ void SchemeCommands::SchemeChosen(int index) {
       const std::string prompt =
           s_.Text(sid::kColorsFor) + FileNameOf(s_.ClutFileName()) + " " + s_.Text(sid::kChangedSaveQuestion);
       if (Ask(prompt, kMbYesNo, kMbIconExclamation) == kIdYes) {
-        if (!SaveColorTable(*s_.platform_, s_.Strings(), s_.table_)) {
+        if (!SaveColorTable(platform_, s_.Strings(), s_.table_)) {
           // The user has been told; the colours stay on the screen, unsaved, and with
           // them the scheme they belong to.
           s_.ClutError(false);
@@ -118,7 +118,6 @@ SchemeCommands::EditedFile SchemeCommands::Edited() const {
 }
 
 void SchemeCommands::ReturnTo(const EditedFile& file) {
-  Platform& platform = *s_.platform_;
   s_.ClutFileName(file.path);
   s_.ClutError(false);
   s_.EnableChanges(file.editable);
@@ -128,7 +127,7 @@ void SchemeCommands::ReturnTo(const EditedFile& file) {
   s_.ColorsChanged = file.colors_changed;
   s_.ColorThemeChanged = file.theme_changed;
   int position = -1;
-  SelectSilently(FindColorScheme(platform, s_.Schemes(), file.path, position) ? position : -1);
+  SelectSilently(FindColorScheme(platform_, s_.Schemes(), file.path, position) ? position : -1);
   s_.MakeEnableChanges(false);
   if (EditorView* view = LoadedView()) view->StateChanged();
 }
@@ -146,12 +145,12 @@ void SchemeCommands::ApplyFile(const std::string& path, bool reload) {
   s_.MakeEnableChanges(false);
   if (EditorView* view = LoadedView()) view->StateChanged();
   if (reload) {
-    LoadColorTable(*s_.platform_, s_.Schemes(), s_.table_, true, LoadReport::ToUser(s_.Strings()));
+    LoadColorTable(platform_, s_.Schemes(), s_.table_, true, LoadReport::ToUser(s_.Strings()));
     s_.ClutError(false);  // reported; the rows say "Unreadable" where it matters
     if (EditorView* view = LoadedView()) view->RowChanged(-1);
   }
   s_.ColorThemeChanged = true;
-  s_.platform_->HostCall(kHostFileNotice, s_.ClutFileName());
+  platform_.HostCall(kHostFileNotice, s_.ClutFileName());
   s_.ColorsChanged = false;
   s_.history_.Clear();
 }
@@ -160,7 +159,6 @@ void SchemeCommands::ApplyFile(const std::string& path, bool reload) {
 
 std::optional<std::string> SchemeCommands::AcceptName(const std::string& typed,
                                                       const std::vector<std::string>& paths) {
-  Platform& platform = *s_.platform_;
   std::string name = typed;
   if (name.find('.') == std::string::npos) name += ".clut";
   if (IsRefusedSchemeName(name)) {
@@ -170,10 +168,10 @@ std::optional<std::string> SchemeCommands::AcceptName(const std::string& typed,
   // Our own rule, wider than the listed schemes: any file of that name in the folder,
   // in whatever case, is overwritten only when the user says so.
   const std::string folder = GetColorSchemeFolder(s_.Schemes());
-  bool exists = platform.FileExists(folder + name);
-  for (const std::string& path : paths) exists = exists || EqualsIgnoreCase(platform, FileNameOf(path), name);
-  for (const std::string& other : platform.ListFileNames(folder))
-    exists = exists || EqualsIgnoreCase(platform, other, name);
+  bool exists = platform_.FileExists(folder + name);
+  for (const std::string& path : paths) exists = exists || EqualsIgnoreCase(platform_, FileNameOf(path), name);
+  for (const std::string& other : platform_.ListFileNames(folder))
+    exists = exists || EqualsIgnoreCase(platform_, other, name);
   if (exists && Ask(name + s_.Strings().Get(sid::kSchemeExists), kMbYesNo, kMbIconExclamation) != kIdYes)
     return std::nullopt;
   return name;
@@ -181,7 +179,6 @@ std::optional<std::string> SchemeCommands::AcceptName(const std::string& typed,
 
 void SchemeCommands::SaveAs() {
   if (!s_.Enablement().save) return;  // the window disables what may not run; so does the session
-  Platform& platform = *s_.platform_;
   if (!CanAddColorScheme(s_.Schemes())) {
     Ask(s_.Text(sid::kTooManySchemes), kMbOk, kMbIconExclamation);
     return;
@@ -192,29 +189,29 @@ void SchemeCommands::SaveAs() {
   const std::string name = s_.View() ? s_.View()->AskSchemeName(request) : std::string();
   if (name.empty()) return;
   const std::string folder = GetColorSchemeFolder(s_.Schemes());
-  const std::string path = platform.AbsolutePath(folder + name);
+  const std::string path = platform_.AbsolutePath(folder + name);
   const EditedFile before = Edited();
-  const bool switching = !EqualsIgnoreCase(platform, path, s_.ClutFileName());
+  const bool switching = !EqualsIgnoreCase(platform_, path, s_.ClutFileName());
   if (switching) {
     // The folder may have gone since the list was made; the host creates our folders.
-    if (!platform.FolderExists(folder) && !CreateFolderViaHost(platform, folder)) return;
+    if (!platform_.FolderExists(folder) && !CreateFolderViaHost(platform_, folder)) return;
     int position = -1;
     // A file that is not a listed scheme is replaced whole (the user agreed): only the
     // lines of a colour table are kept when the colours are written into it.
-    const bool scheme = FindColorScheme(platform, s_.Schemes(), path, position);
-    if (!scheme || !platform.FileExists(path)) {
-      if (IoStatus copied = platform.CopyFileTo(s_.ClutFileName(), path, true); !copied) {
+    const bool scheme = FindColorScheme(platform_, s_.Schemes(), path, position);
+    if (!scheme || !platform_.FileExists(path)) {
+      if (IoStatus copied = platform_.CopyFileTo(s_.ClutFileName(), path, true); !copied) {
         Ask(s_.Strings().Get(sid::kCannotWrite) + path + "\r\n" + copied.message + "\r\n\r\n" +
                 s_.Strings().Get(sid::kPreviousUnchanged),
             kMbOk, kMbIconCritical);
         return;
       }
     }
-    LoadColorSchemeList(platform, s_.schemes_);
+    LoadColorSchemeList(platform_, s_.schemes_);
     // A name the list does not show (not a ".clut" file) is still the file edited now.
-    SelectSilently(FindColorScheme(platform, s_.Schemes(), path, position) ? position : -1);
+    SelectSilently(FindColorScheme(platform_, s_.Schemes(), path, position) ? position : -1);
     ApplyFile(path, false);
-    if (!EqualsIgnoreCase(platform, s_.ClutFileName(), path)) return;  // refused: still on the old file
+    if (!EqualsIgnoreCase(platform_, s_.ClutFileName(), path)) return;  // refused: still on the old file
     if (!s_.EnableChanges()) {
       // Taken read-only: the colours could not be written there, so the editor goes back
       // to the file they can be saved to, with the changes still marked.
@@ -222,7 +219,7 @@ void SchemeCommands::SaveAs() {
       return;
     }
   }
-  if (!SaveColorTable(platform, s_.Strings(), s_.table_)) {
+  if (!SaveColorTable(platform_, s_.Strings(), s_.table_)) {
     s_.ClutError(false);  // the user has been told
     if (switching) ReturnTo(before);  // to a file OK can still save, the changes still marked
     return;
@@ -230,30 +227,28 @@ void SchemeCommands::SaveAs() {
   s_.ColorsSaved = true;
   s_.ColorsChanged = false;
   s_.history_.Clear();
-  platform.HostCall(kHostFileNotice, name);
+  platform_.HostCall(kHostFileNotice, name);
 }
 
 // ---- Delete ----
 
 void SchemeCommands::Delete() {
   if (!s_.Enablement().delete_scheme) return;
-  Platform& platform = *s_.platform_;
   const std::vector<std::string> schemes = ColorSchemes(s_.Schemes());
   const int index = s_.SchemeListIndex();
   if (index < 0 || index >= static_cast<int>(schemes.size())) return;
   const std::string path = schemes[index];
   const std::string name = FileNameOf(path);
-  if (Ask(s_.Text(sid::kDeleteQuestion) + name + s_.Text(sid::kDeleteQuestionEnd), kMbYesNo, kMbIconExclamation) !=
-      kIdYes)
-    return;
+  const std::string question = s_.Text(sid::kDeleteQuestion) + name + s_.Text(sid::kDeleteQuestionEnd);
+  if (Ask(question, kMbYesNo, kMbIconExclamation) != kIdYes) return;
   const int count = static_cast<int>(schemes.size());
   const int next = index == count - 1 ? std::max(index - 1, 0) : index;
-  if (platform.FileExists(path)) {
-    platform.HostCall(kHostRemoveFile, path);
+  if (platform_.FileExists(path)) {
+    platform_.HostCall(kHostRemoveFile, path);
     // A host that only takes note leaves the file: the user asked for it to go.
-    if (platform.FileExists(path)) platform.RemoveFile(path);
+    if (platform_.FileExists(path)) platform_.RemoveFile(path);
   }
-  LoadColorSchemeList(platform, s_.schemes_);
+  LoadColorSchemeList(platform_, s_.schemes_);
   SelectSilently(next);
   Apply(next, true);
 }
@@ -262,17 +257,16 @@ void SchemeCommands::Delete() {
 
 void SchemeCommands::RestoreDefaults() {
   if (!s_.Enablement().restore_defaults) return;
-  Platform& platform = *s_.platform_;
   if (Ask(s_.Text(sid::kRestoreDefaultsQuestion), kMbYesNo, kMbIconExclamation) != kIdYes) return;
-  if (ReadDVHome(platform).empty()) {
+  if (ReadDVHome(platform_).empty()) {
     Ask(s_.Text(sid::kNoDVHome), kMbOk, kMbIconCritical);
     return;
   }
   // Read aside: a copy that cannot be read is reported and leaves every row as it
   // was, rather than "Unreadable" rows that the next save would fill with other colours.
   ColorTableState restored = s_.Table();
-  restored.ClutFileName = RestoreDefaultsSource(platform, s_.ClutFileName());
-  if (!LoadColorTable(platform, s_.Schemes(), restored, true, LoadReport::ToUser(s_.Strings()))) return;
+  restored.ClutFileName = RestoreDefaultsSource(platform_, s_.ClutFileName());
+  if (!LoadColorTable(platform_, s_.Schemes(), restored, true, LoadReport::ToUser(s_.Strings()))) return;
   ColorTableState& table = s_.table_;
   s_.history_.Record(ColourRows::Of(table), ColourRows::Of(restored));
   table.rows = restored.rows;
@@ -287,7 +281,7 @@ std::string SchemeCommands::ChooseLogicalColorsFile(FileDialogKind kind) {
   const bool import = kind == FileDialogKind::Open;
   const std::string filter = s_.Text(sid::kIniFiles) + " (*.ini)|*.ini|" + s_.Text(sid::kAllFiles) + " (*.*)|*.*|";
   const std::string title = s_.Text(import ? sid::kImportTitle : sid::kExportTitle);
-  const std::string root = InstallationRoot(ReadDVHome(*s_.platform_));
+  const std::string root = InstallationRoot(ReadDVHome(platform_));
   std::string& folder = s_.file_dialog_folder_;
   folder = root.empty() ? "C:\\" : root + "tq_lib\\defaults\\ColorSettingTool";
   EditorView* view = s_.View();
@@ -320,7 +314,7 @@ void SchemeCommands::Export() {
     const std::string value =
         LogicalColorValue(index, colour, button_face, RowName(texts, row, s_.VoltageNames()),
                           GetTabCaptionOfRow(texts, strip, row), GetCategoryNameOfRow(texts, row));
-    if (IoStatus written = s_.platform_->IniWrite(kLogicalColorsSection, LogicalColorsKey(index), value, file);
+    if (IoStatus written = platform_.IniWrite(kLogicalColorsSection, LogicalColorsKey(index), value, file);
         !written) {
       Ask(file + "\r\n" + written.message + "\r\n\r\n" + s_.Text(sid::kCannotSave), kMbOk, kMbIconCritical);
       break;
@@ -328,7 +322,7 @@ void SchemeCommands::Export() {
     wrote = true;
   }
   // The host hears of a file only when something was written into it.
-  if (wrote) s_.platform_->HostCall(kHostFileNotice, file);
+  if (wrote) platform_.HostCall(kHostFileNotice, file);
 }
 
 void SchemeCommands::Import() {
@@ -340,13 +334,12 @@ void SchemeCommands::Import() {
 }
 
 void SchemeCommands::ImportIniFile() {
-  Platform& platform = *s_.platform_;
   const std::string& ini = s_.IniFileName();
-  if (ini.empty() || !platform.FileExists(ini)) return;
+  if (ini.empty() || !platform_.FileExists(ini)) return;
   const ColourRows before = ColourRows::Of(s_.Table());
   for (int index = 0; index < kClutIndexCount; ++index) {
     if (!IsIndexShown(index)) continue;
-    const std::string value = platform.IniRead(kLogicalColorsSection, LogicalColorsKey(index), ini);
+    const std::string value = platform_.IniRead(kLogicalColorsSection, LogicalColorsKey(index), ini);
     if (value.empty()) continue;
     const int row = s_.Table().ColorRowMap[index];
     const std::int32_t colour = ParseClutLine(value);

@@ -20,7 +20,7 @@ namespace tq {
 
 class SchemeCommands {
  public:
-  explicit SchemeCommands(frmTqColorSetting& session) : s_(session) {}
+  explicit SchemeCommands(frmTqColorSetting& session) : s_(session), platform_(*session.platform_) {}
 
   // The scheme list: a choice of the user (list position), and one made by the program.
   void SchemeChosen(int index);
@@ -56,6 +56,7 @@ class SchemeCommands {
   EditorView* LoadedView() const;
 
   frmTqColorSetting& s_;
+  Platform& platform_;
 };
 
 }  // namespace tq
