@@ -9,14 +9,14 @@ namespace tq {
 
 namespace {
 
-void Tell(Platform& platform, const std::string& prompt) {
+void Tell(Platform& platform, const LanguageTexts& texts, const std::string& prompt) {
   int buttons = kMbOk;
-  platform.ShowMessage(prompt, buttons, kMbIconCritical, GetString(sid::kTitle));
+  platform.ShowMessage(prompt, buttons, kMbIconCritical, texts.Get(sid::kTitle));
 }
 
-void TellWriteFailed(Platform& platform, const std::string& path, const IoStatus& status) {
-  Tell(platform, GetString(sid::kCannotWrite) + path + "\r\n" + status.message + "\r\n\r\n" +
-                     GetString(sid::kPreviousUnchanged));
+void TellWriteFailed(Platform& platform, const LanguageTexts& texts, const std::string& path, const IoStatus& status) {
+  Tell(platform, texts,
+       texts.Get(sid::kCannotWrite) + path + "\r\n" + status.message + "\r\n\r\n" + texts.Get(sid::kPreviousUnchanged));
 }
 
 // The first 286 lines of a file; nullopt when it cannot be read.
@@ -49,13 +49,14 @@ bool LoadColorTable(Platform& platform, const ColorSchemeModule& module, ColorTa
     return false;
   };
   if (!platform.FileExists(path)) {
-    if (report == LoadReport::ToUser) Tell(platform, GetString(sid::kTableNotFound) + path);
+    if (const LanguageTexts* texts = report.User()) Tell(platform, *texts, texts->Get(sid::kTableNotFound) + path);
     return failed();
   }
   CheckClutVersion(platform, module, state, false, report);
   std::string bytes;
   if (IoStatus status = platform.ReadFile(path, bytes); !status) {
-    if (report == LoadReport::ToUser) Tell(platform, GetString(sid::kCannotRead) + path + "\r\n" + status.message);
+    if (const LanguageTexts* texts = report.User())
+      Tell(platform, *texts, texts->Get(sid::kCannotRead) + path + "\r\n" + status.message);
     return failed();
   }
   const std::vector<std::string> lines = SplitClutLines(bytes, kClutIndexCount).lines;
@@ -93,25 +94,24 @@ ClutNewLines BuildClutSaveLines(const ColorTableState& state) {
   return lines;
 }
 
-bool SaveColorTable(Platform& platform, ColorTableState& state) {
+bool SaveColorTable(Platform& platform, const LanguageTexts& texts, ColorTableState& state) {
   const std::string& path = state.ClutFileName;
   if (!platform.FileExists(path)) {
-    Tell(platform, GetString(sid::kTableNotFound) + path + "\r\n\r\n" + GetString(sid::kCannotSave));
+    Tell(platform, texts, texts.Get(sid::kTableNotFound) + path + "\r\n\r\n" + texts.Get(sid::kCannotSave));
     state.ClutError = true;
     return false;
   }
   if (!platform.FileExists(path + ".lock")) {
     int buttons = kMbYesNo;
-    const std::string prompt =
-        GetString(sid::kTableFile) + path + "\r\n" + GetString(sid::kNotLocked) + "\r\n\r\n" +
-        GetString(sid::kSaveChanges);
-    if (platform.ShowMessage(prompt, buttons, kMbIconExclamation, GetString(sid::kTitle)) != kIdYes) return false;
+    const std::string prompt = texts.Get(sid::kTableFile) + path + "\r\n" + texts.Get(sid::kNotLocked) + "\r\n\r\n" +
+                               texts.Get(sid::kSaveChanges);
+    if (platform.ShowMessage(prompt, buttons, kMbIconExclamation, texts.Get(sid::kTitle)) != kIdYes) return false;
   }
   std::string old_bytes;
   IoStatus status = platform.ReadFile(path, old_bytes);
   if (status) status = ReplaceFileContent(platform, path, MergeClutSave(old_bytes, BuildClutSaveLines(state)));
   if (!status) {
-    TellWriteFailed(platform, path, status);
+    TellWriteFailed(platform, texts, path, status);
     // Keeps the editor open on OK: its colours exist nowhere else.
     state.ClutError = true;
     return false;
@@ -137,9 +137,10 @@ void CheckClutVersion(Platform& platform, const ColorSchemeModule& module, Color
   if (reference.empty())
     reference = GetReferenceClutFile(platform, GetColorSchemeFolder(module) + kDefaultClutName, true, true);
   if (reference.empty()) {
-    if (report == LoadReport::ToUser)
-      Tell(platform, GetString(sid::kCannotUpdate) + path + GetString(sid::kFrom) + version + GetString(sid::kTo) +
-                         kClutCurrentVersion + GetString(sid::kNoReference));
+    if (const LanguageTexts* texts = report.User())
+      Tell(platform, *texts,
+           texts->Get(sid::kCannotUpdate) + path + texts->Get(sid::kFrom) + version + texts->Get(sid::kTo) +
+               kClutCurrentVersion + texts->Get(sid::kNoReference));
   } else if (auto reference_lines = ReadClutLines(platform, reference)) {
     lines = UpgradeClutLines(std::move(lines), std::move(*reference_lines), version);
   } else {
@@ -147,56 +148,57 @@ void CheckClutVersion(Platform& platform, const ColorSchemeModule& module, Color
   }
   if (!ReplaceFileContent(platform, path, JoinClutLines(MarkClutVersion(std::move(lines), version)))) return;
 
-  const std::string home = report == LoadReport::ToUser ? GetDVHome(platform, state)
-                                                        : ReadDVHome(platform);
+  const std::string home = report.User() ? GetDVHome(platform, *report.User(), state) : ReadDVHome(platform);
   if (home.empty()) return;  // "\etc\<name>" would name nothing useful
   const std::string global = home + "\\etc\\" + FileNameOf(path);
   if (platform.FileExists(global)) platform.CopyFileTo(path, global, true);
 }
 
-std::string GetDVHome(Platform& platform, ColorTableState& state) {
+std::string GetDVHome(Platform& platform, const LanguageTexts& texts, ColorTableState& state) {
   std::string home = ReadDVHome(platform);
   if (home.empty()) {
     int buttons = kMbOk;
-    platform.ShowMessage(GetString(sid::kNoDVHome), buttons, kMbIconCritical, GetString(sid::kTitle));
+    platform.ShowMessage(texts.Get(sid::kNoDVHome), buttons, kMbIconCritical, texts.Get(sid::kTitle));
     state.ClutError = true;
   }
   return home;
 }
 
-std::string GetDefaultClutFile(Platform& platform, ColorTableState& state) {
-  const std::string home = GetDVHome(platform, state);
+std::string GetDefaultClutFile(Platform& platform, const LanguageTexts& texts, ColorTableState& state) {
+  const std::string home = GetDVHome(platform, texts, state);
   return home.empty() ? std::string() : home + "\\etc\\" + kDefaultClutName;
 }
 
-void SetClutFileName(Platform& platform, ColorTableState& state, const std::string& value) {
+void SetClutFileName(Platform& platform, const LanguageTexts& texts, ColorTableState& state,
+                     const std::string& value) {
   state.ClutFileName.clear();
-  std::string path = value.empty() ? GetDefaultClutFile(platform, state) : value;
+  std::string path = value.empty() ? GetDefaultClutFile(platform, texts, state) : value;
   if (!path.empty() && platform.FileExists(path)) path = platform.AbsolutePath(path);
   state.ClutFileName = path;
 }
 
-int SyncClutFilesFromGlobalToApp(Platform& platform, const ColorSchemeModule& module, ColorTableState& state) {
-  const std::string home = GetDVHome(platform, state);
+int SyncClutFilesFromGlobalToApp(Platform& platform, const LanguageTexts& texts, const ColorSchemeModule& module,
+                                 ColorTableState& state) {
+  const std::string home = GetDVHome(platform, texts, state);
   if (home.empty()) return 0;
   return SyncClutFiles(platform, home + "\\etc\\", module.scheme_folder);
 }
 
-std::string InitColorSchemes(Platform& platform, ColorSchemeModule& module, ColorTableState& state,
-                             const std::string& app_folder, const std::string& user_folder,
+std::string InitColorSchemes(Platform& platform, const LanguageTexts& texts, ColorSchemeModule& module,
+                             ColorTableState& state, const std::string& app_folder, const std::string& user_folder,
                              const std::string& clut_path) {
   SetColorSchemeFolder(module, app_folder + "ColorSchemes");
-  SyncClutFilesFromGlobalToApp(platform, module, state);
+  SyncClutFilesFromGlobalToApp(platform, texts, module, state);
   SetIniPaths(platform, module, app_folder, user_folder);
   std::string result = clut_path;
   if (result.empty()) {
     result = GetIniClutFile(platform, module, true);
     if (!result.empty() && !platform.FileExists(result)) {
-      result = GetDefaultClutFile(platform, state);
+      result = GetDefaultClutFile(platform, texts, state);
       if (!result.empty() && !platform.FileExists(result)) result.clear();
     }
   }
-  SetClutFileName(platform, state, result);
+  SetClutFileName(platform, texts, state, result);
   return result;
 }
 

@@ -14,6 +14,8 @@ namespace tq {
 // Where the colour tables live (clut_locations.h): the version check falls back on
 // the scheme folder's default reference file.
 struct ColorSchemeModule;
+// The language the user is told in (support/localization.h).
+class LanguageTexts;
 
 // The button face: as RGB, the grey of a colour not (yet) read; as an OLE system
 // colour, what a row without a colour shows, in the system's shade.
@@ -42,10 +44,20 @@ struct ColorTableState {
   }
 };
 
-// Who hears of a failed load: the user (the editor's own loads: opening, scheme
-// switch, restore) or nobody (reads on behalf of the host, which must never block
-// on a message box it does not expect).
-enum class LoadReport { ToUser, Quiet };
+// Who hears of a failed load: the user, in the language of the texts given (the
+// editor's own loads: opening, scheme switch, restore), or nobody (reads on behalf of
+// the host, which must never block on a message box it does not expect).
+class LoadReport {
+ public:
+  static LoadReport ToUser(const LanguageTexts& texts) { return LoadReport(&texts); }
+  static LoadReport Quiet() { return LoadReport(nullptr); }
+  // The texts the user is told in; null for a quiet load.
+  const LanguageTexts* User() const { return user_; }
+
+ private:
+  explicit LoadReport(const LanguageTexts* user) : user_(user) {}
+  const LanguageTexts* user_;
+};
 
 // Reads ClutFileName into the table (and, with update_rows, into the rows), after
 // CheckClutVersion. Missing file: message 1305, ClutError. A file that cannot be
@@ -60,7 +72,7 @@ bool LoadColorTable(Platform& platform, const ColorSchemeModule& module, ColorTa
 // own decision, since a save that silently fails loses the user's colours. A failed
 // write also sets ClutError, which keeps the editor open on OK.
 // Reports the file to the host (host call 2) after a successful write.
-bool SaveColorTable(Platform& platform, ColorTableState& state);
+bool SaveColorTable(Platform& platform, const LanguageTexts& texts, ColorTableState& state);
 
 // The new value fields of a save from the rows (pure; used by SaveColorTable).
 ClutNewLines BuildClutSaveLines(const ColorTableState& state);
@@ -86,21 +98,23 @@ void CheckClutVersion(Platform& platform, const ColorSchemeModule& module, Color
 // ---- The table's file among the toolkit's folders (clut_locations.h) ----
 
 // The toolkit home (ReadDVHome); "" with message 1315 and ClutError when missing.
-std::string GetDVHome(Platform& platform, ColorTableState& state);
+std::string GetDVHome(Platform& platform, const LanguageTexts& texts, ColorTableState& state);
 
 // home + "\etc\QLT830_colors.clut", or "" without a home.
-std::string GetDefaultClutFile(Platform& platform, ColorTableState& state);
+std::string GetDefaultClutFile(Platform& platform, const LanguageTexts& texts, ColorTableState& state);
 
 // The ClutFileName setter: "" means the default file; an existing file is stored by
 // its absolute path, a missing one as given.
-void SetClutFileName(Platform& platform, ColorTableState& state, const std::string& value);
+void SetClutFileName(Platform& platform, const LanguageTexts& texts, ColorTableState& state,
+                     const std::string& value);
 
 // SyncClutFiles from GetDVHome + "\etc\" into the module's scheme folder.
-int SyncClutFilesFromGlobalToApp(Platform& platform, const ColorSchemeModule& module, ColorTableState& state);
+int SyncClutFilesFromGlobalToApp(Platform& platform, const LanguageTexts& texts, const ColorSchemeModule& module,
+                                 ColorTableState& state);
 
 // Sets the scheme folder, synchronises, sets the INI paths and resolves ClutFileName.
-std::string InitColorSchemes(Platform& platform, ColorSchemeModule& module, ColorTableState& state,
-                             const std::string& app_folder, const std::string& user_folder,
+std::string InitColorSchemes(Platform& platform, const LanguageTexts& texts, ColorSchemeModule& module,
+                             ColorTableState& state, const std::string& app_folder, const std::string& user_folder,
                              const std::string& clut_path);
 
 

@@ -137,27 +137,27 @@ void TabSelection::SetCategoryNumber(int value) {
   category_[page] = std::min(std::max(value, 0), count - 1);
 }
 
-std::string GetTabCaptionOfRow(const std::vector<int>& strip, int row) {
+std::string GetTabCaptionOfRow(const LanguageTexts& texts, const std::vector<int>& strip, int row) {
   const int page = PlaceOfRow(row).page;
   if (page < kFirstCaptionPage || page > kLastCaptionPage) return "";
   if (std::find(strip.begin(), strip.end(), page) == strip.end()) return "";
-  return GetString(TabCaptionId(page));
+  return texts.Get(TabCaptionId(page));
 }
 
-std::string GetCategoryNameOfRow(int row) {
+std::string GetCategoryNameOfRow(const LanguageTexts& texts, int row) {
   const RowPlace place = PlaceOfRow(row);
   if (place.page < 0 || place.frame >= kTabPages[place.page].category_count) return "";
-  return GetString(CategoryNameId(place.page, place.frame));
+  return texts.Get(CategoryNameId(place.page, place.frame));
 }
 
-VoltageRowNames InitColorRowMap(ColorRowMapArray& map, ColorTableArray& table, const VoltageLevels& levels,
-                                bool pipeline_enabled) {
+VoltageRowNames InitColorRowMap(const LanguageTexts& texts, ColorRowMapArray& map, ColorTableArray& table,
+                                const VoltageLevels& levels, bool pipeline_enabled) {
   map.fill(-1);
   table.fill(kButtonFaceGrey);
   Place(map, kFirstBlock);
 
   VoltageRowNames names;
-  for (int i = 0; i < kVoltageRowCount; ++i) names[i] = GetString(RowNameId(kFirstVoltageRow + i));
+  for (int i = 0; i < kVoltageRowCount; ++i) names[i] = texts.Get(RowNameId(kFirstVoltageRow + i));
   const int shown = std::min(static_cast<int>(levels.names.size()), kVoltageRowCount);
   for (int i = 0; i < shown; ++i) {
     map[kFirstVoltageIndex + i] = static_cast<std::int16_t>(kFirstVoltageRow + i);
@@ -168,8 +168,8 @@ VoltageRowNames InitColorRowMap(ColorRowMapArray& map, ColorTableArray& table, c
     std::string& name = names[k - 1];
     // The host's count, not the names, decides the prefix: after a failed translation
     // the design name stays in front of the suffix.
-    name = (levels.count >= k ? name + " + " : std::string()) + GetString(sid::kPowered) + " " + std::to_string(k - 5) +
-           " " + GetString(sid::kExternal);
+    name = (levels.count >= k ? name + " + " : std::string()) + texts.Get(sid::kPowered) + " " + std::to_string(k - 5) +
+           " " + texts.Get(sid::kExternal);
   }
 
   Place(map, kSecondBlock);
@@ -183,28 +183,34 @@ int FindColorRow(const ColorRowMapArray& map, int row) {
   return -1;
 }
 
-std::string RowName(int row, const VoltageRowNames& voltage_names) {
+std::string RowName(const LanguageTexts& texts, int row, const VoltageRowNames& voltage_names) {
   if (row >= kFirstVoltageRow && row < kFirstVoltageRow + kVoltageRowCount) return voltage_names[row - kFirstVoltageRow];
-  return GetString(RowNameId(row));
+  return texts.Get(RowNameId(row));
 }
 
-IndexCatalogue::IndexCatalogue() : strip_(TabStrip(true)) {
+IndexCatalogue::IndexCatalogue(const LanguageTexts& texts) : texts_(texts), strip_(TabStrip(true)) {
   VoltageLevels levels;
   for (int k = 1; k <= 10; ++k) levels.names.push_back("Voltage level " + std::to_string(k));
   levels.count = static_cast<int>(levels.names.size());
   ColorTableArray unused;
-  voltage_names_ = InitColorRowMap(map_, unused, levels, /*pipeline_enabled=*/true);
+  voltage_names_ = InitColorRowMap(texts_, map_, unused, levels, /*pipeline_enabled=*/true);
 }
 
 bool IndexCatalogue::Shown(int index) const {
   return index >= 0 && index < kClutIndexCount && map_[index] >= 0 && FindColorRow(map_, map_[index]) == index;
 }
 
-std::string IndexCatalogue::Name(int index) const { return Shown(index) ? RowName(map_[index], voltage_names_) : ""; }
+std::string IndexCatalogue::Name(int index) const {
+  return Shown(index) ? RowName(texts_, map_[index], voltage_names_) : "";
+}
 
-std::string IndexCatalogue::Tab(int index) const { return Shown(index) ? GetTabCaptionOfRow(strip_, map_[index]) : ""; }
+std::string IndexCatalogue::Tab(int index) const {
+  return Shown(index) ? GetTabCaptionOfRow(texts_, strip_, map_[index]) : "";
+}
 
-std::string IndexCatalogue::Category(int index) const { return Shown(index) ? GetCategoryNameOfRow(map_[index]) : ""; }
+std::string IndexCatalogue::Category(int index) const {
+  return Shown(index) ? GetCategoryNameOfRow(texts_, map_[index]) : "";
+}
 
 std::string IndexCatalogue::Label(int index) const {
   const std::string tab = Tab(index), category = Category(index);

@@ -3,8 +3,8 @@
 //
 // Everything here is data and pure functions. The editor window builds its pages,
 // frames and rows from these tables; the session keeps the row map and the tab and
-// category selection through them. Names come from GetString, so a function that
-// returns text speaks the thread's language.
+// category selection through them. A function that returns a name is given the
+// language texts to take it from.
 #pragma once
 
 #include <array>
@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "colortable/clut_format.h"
+#include "support/localization.h"
 
 namespace tq {
 
@@ -109,9 +110,9 @@ class TabSelection {
 
 // Caption of the display-page tab that holds the row, "" for other pages and for
 // tabs not in the strip.
-std::string GetTabCaptionOfRow(const std::vector<int>& strip, int row);
+std::string GetTabCaptionOfRow(const LanguageTexts& texts, const std::vector<int>& strip, int row);
 // Name of the category in which the row is shown, "" when its page has no such item.
-std::string GetCategoryNameOfRow(int row);
+std::string GetCategoryNameOfRow(const LanguageTexts& texts, int row);
 
 // ---- Row map -------------------------------------------------------------------
 
@@ -132,20 +133,21 @@ using VoltageRowNames = std::array<std::string, kVoltageRowCount>;
 // Resets the map to -1 and the table to kButtonFaceGrey, then places the rows: first block,
 // voltage levels (at most 20) and powered rows 70-79, second block, and the pipeline
 // block when enabled. Returns the names of rows 60-79.
-VoltageRowNames InitColorRowMap(ColorRowMapArray& map, ColorTableArray& table, const VoltageLevels& levels,
-                                bool pipeline_enabled);
+VoltageRowNames InitColorRowMap(const LanguageTexts& texts, ColorRowMapArray& map, ColorTableArray& table,
+                                const VoltageLevels& levels, bool pipeline_enabled);
 
 // The colour index shown in `row`: the first map entry equal to it, -1 when none.
 int FindColorRow(const ColorRowMapArray& map, int row);
 
 // The row's name: string 101 + row, rows 60-79 from the voltage-level step.
-std::string RowName(int row, const VoltageRowNames& voltage_names);
+std::string RowName(const LanguageTexts& texts, int row, const VoltageRowNames& voltage_names);
 
 // The colour indexes as the editor shows them away from a host (tools, reports):
 // every page, pipelines included, and ten voltage levels named "Voltage level k".
 class IndexCatalogue {
  public:
-  IndexCatalogue();
+  // Names in the language of `texts`, which must outlive the catalogue.
+  explicit IndexCatalogue(const LanguageTexts& texts);
   // Whether a row shows the index (a row shows the first index placed in it).
   bool Shown(int index) const;
   // The row's name; "" for an index no row shows.
@@ -158,6 +160,7 @@ class IndexCatalogue {
   std::string Label(int index) const;
 
  private:
+  const LanguageTexts& texts_;
   ColorRowMapArray map_;
   VoltageRowNames voltage_names_;
   std::vector<int> strip_;

@@ -134,20 +134,25 @@ Vision VisionOf(const Finding& finding) {
   return Vision::Normal;
 }
 
-std::string VisionText(Vision vision) { return GetString(sid::kFirstVision + static_cast<int>(vision)); }
+std::string VisionText(const LanguageTexts& texts, Vision vision) {
+  return texts.Get(sid::kFirstVision + static_cast<int>(vision));
+}
 
-std::string DescribeFinding(const Finding& f, int index, const IndexName& name_of) {
-  if (!f.checked) return GetString(f.measured == kClutNotDefined ? sid::kUncheckedNotDefined : sid::kUncheckedUnreadable);
+std::string DescribeFinding(const LanguageTexts& texts, const Finding& f, int index, const IndexName& name_of) {
+  if (!f.checked)
+    return texts.Get(f.measured == kClutNotDefined ? sid::kUncheckedNotDefined : sid::kUncheckedUnreadable);
   const int other = f.indexes.size() > 1 && f.indexes[0] == index ? f.indexes[1] : f.indexes[0];
   const Vision vision = VisionOf(f);
-  const std::string for_vision = vision == Vision::Normal ? "" : GetString(sid::kForVisionBefore + static_cast<int>(vision));
+  const std::string for_vision =
+      vision == Vision::Normal ? "" : texts.Get(sid::kForVisionBefore + static_cast<int>(vision));
   std::string name = name_of ? name_of(other) : std::string();
   if (name.empty()) name = std::to_string(other);
-  return Fill(GetString(f.measure == Measure::Contrast ? sid::kLowContrast : sid::kHardToTell),
+  return Fill(texts.Get(f.measure == Measure::Contrast ? sid::kLowContrast : sid::kHardToTell),
               {name, for_vision, Number(f.measured), Number(f.threshold)});
 }
 
-std::string DescribeFindingsOf(const EditorChecks& checks, int index, const IndexName& name_of) {
+std::string DescribeFindingsOf(const LanguageTexts& texts, const EditorChecks& checks, int index,
+                               const IndexName& name_of) {
   // One line per other colour and measure: the same pair under several visions
   // reads as its first (normal vision comes first).
   std::string text;
@@ -156,7 +161,7 @@ std::string DescribeFindingsOf(const EditorChecks& checks, int index, const Inde
     const int other = f->indexes.size() > 1 && f->indexes[0] == index ? f->indexes[1] : f->indexes[0];
     if (!said.insert({other, static_cast<int>(f->measure)}).second) continue;
     if (!text.empty()) text += "; ";
-    text += DescribeFinding(*f, index, name_of);
+    text += DescribeFinding(texts, *f, index, name_of);
   }
   return text;
 }
@@ -170,8 +175,8 @@ std::string FindingColours(const Finding& f, const IndexName& name_of) {
   return text;
 }
 
-std::string FindingMeasured(const Finding& f) {
-  if (!f.checked) return GetString(f.measured == kClutNotDefined ? sid::kShortNotDefined : sid::kShortUnreadable);
+std::string FindingMeasured(const LanguageTexts& texts, const Finding& f) {
+  if (!f.checked) return texts.Get(f.measured == kClutNotDefined ? sid::kShortNotDefined : sid::kShortUnreadable);
   return f.measure == Measure::Contrast ? Number(f.measured) + ":1" : "\xCE\x94" "E " + Number(f.measured);
 }
 
@@ -179,10 +184,10 @@ std::string FindingNeeded(const Finding& f) {
   return f.measure == Measure::Contrast ? Number(f.threshold) + ":1" : "\xCE\x94" "E " + Number(f.threshold);
 }
 
-std::string ChecksSummary(const EditorChecks& checks) {
+std::string ChecksSummary(const LanguageTexts& texts, const EditorChecks& checks) {
   const std::size_t findings = checks.Failed().size();
-  if (findings == 0) return GetString(sid::kAllChecksPass);
-  return Fill(GetString(sid::kFindingsSummary), {std::to_string(findings), std::to_string(checks.FailedRules())});
+  if (findings == 0) return texts.Get(sid::kAllChecksPass);
+  return Fill(texts.Get(sid::kFindingsSummary), {std::to_string(findings), std::to_string(checks.FailedRules())});
 }
 
 }  // namespace tq

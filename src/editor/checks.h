@@ -15,6 +15,7 @@
 
 #include "colortable/color_table.h"
 #include "quality/color_quality.h"
+#include "support/localization.h"
 
 namespace tq {
 
@@ -52,19 +53,22 @@ class EditorChecks {
 // The name of a colour index in the editor's language (its row's name).
 using IndexName = std::function<std::string(int index)>;
 
+// The texts below are in the language of `texts`.
 // One line about a finding as seen from `index`, one of its colours, e.g. "Hard to
 // tell from Measurement High Alarm for deuteranopia (ΔE 5.1, needs 10)".
-std::string DescribeFinding(const quality::Finding& finding, int index, const IndexName& name_of);
+std::string DescribeFinding(const LanguageTexts& texts, const quality::Finding& finding, int index,
+                            const IndexName& name_of);
 // What a row's marker says: its findings' lines, one per other colour, joined by "; ".
-std::string DescribeFindingsOf(const EditorChecks& checks, int index, const IndexName& name_of);
+std::string DescribeFindingsOf(const LanguageTexts& texts, const EditorChecks& checks, int index,
+                               const IndexName& name_of);
 
 // The columns of the check window's list.
 std::string FindingColours(const quality::Finding& finding, const IndexName& name_of);  // "45 Alarm / 46 ..."
-std::string FindingMeasured(const quality::Finding& finding);                          // "2.1:1", "ΔE 5.1", ...
-std::string FindingNeeded(const quality::Finding& finding);                            // "4.5:1", "ΔE 10"
-std::string VisionText(quality::Vision vision);                                        // "Deuteranopia"
+std::string FindingMeasured(const LanguageTexts& texts, const quality::Finding& finding);  // "2.1:1", "ΔE 5.1", ...
+std::string FindingNeeded(const quality::Finding& finding);                              // "4.5:1", "ΔE 10"
+std::string VisionText(const LanguageTexts& texts, quality::Vision vision);              // "Deuteranopia"
 quality::Vision VisionOf(const quality::Finding& finding);
 // "3 findings in 2 rules" or "All checks pass".
-std::string ChecksSummary(const EditorChecks& checks);
+std::string ChecksSummary(const LanguageTexts& texts, const EditorChecks& checks);
 
 }  // namespace tq

@@ -20,7 +20,7 @@ std::optional<std::int32_t> frmTqColorSetting::FactoryColour(int row) {
   factory.ClutFileName = RestoreDefaultsSource(*platform_, ClutFileName());
   if (!platform_->FileExists(factory.ClutFileName)) return std::nullopt;
   // Quiet: the menu asks while it opens; a copy that cannot be read greys the item.
-  if (!LoadColorTable(*platform_, schemes_, factory, true, LoadReport::Quiet)) return std::nullopt;
+  if (!LoadColorTable(*platform_, schemes_, factory, true, LoadReport::Quiet())) return std::nullopt;
   const RowColour& shown = factory.rows[index];
   if (shown.kind != RowColour::Kind::Colour) return std::nullopt;
   return shown.colour;
@@ -67,7 +67,7 @@ std::vector<frmTqColorSetting::RowMatch> frmTqColorSetting::FindRows(const std::
         const int index = RowIndex(row);
         if (index < 0) continue;
         const bool hit = (number && index == std::stoi(wanted)) ||
-                         platform_->UpperCase(RowName(row, voltage_names_)).find(wanted) != std::string::npos;
+                         platform_->UpperCase(RowName(strings_, row, voltage_names_)).find(wanted) != std::string::npos;
         if (hit) found.push_back({position, page.category_count > 0 ? category : -1, row});
       }
     }

@@ -60,7 +60,7 @@ bool IsSent(int index, std::int32_t value) {
 
 void Refresh(Platform& platform, const ColorSchemeModule& module, ColorTableState& state) {
   // The host is waiting for an answer, not for a message box.
-  if (!state.ClutError) LoadColorTable(platform, module, state, false, LoadReport::Quiet);
+  if (!state.ClutError) LoadColorTable(platform, module, state, false, LoadReport::Quiet());
 }
 
 }  // namespace

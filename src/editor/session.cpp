@@ -40,7 +40,7 @@ frmTqColorSetting::~frmTqColorSetting() = default;
 
 // ---- Properties ----
 
-void frmTqColorSetting::ClutFileName(const std::string& value) { SetClutFileName(*platform_, table_, value); }
+void frmTqColorSetting::ClutFileName(const std::string& value) { SetClutFileName(*platform_, strings_, table_, value); }
 
 void frmTqColorSetting::IniFileName(const std::string& value) {
   ini_file_name_.clear();
@@ -95,9 +95,9 @@ bool frmTqColorSetting::CheckCanContinueCST(bool showMessage) {
   return false;
 }
 
-std::string frmTqColorSetting::GetDVHome() { return tq::GetDVHome(*platform_, table_); }
+std::string frmTqColorSetting::GetDVHome() { return tq::GetDVHome(*platform_, strings_, table_); }
 
-std::string frmTqColorSetting::GetDefaultClutFile() { return tq::GetDefaultClutFile(*platform_, table_); }
+std::string frmTqColorSetting::GetDefaultClutFile() { return tq::GetDefaultClutFile(*platform_, strings_, table_); }
 
 ColorTableArray frmTqColorSetting::GetColorsByIndexTable() {
   return tq::GetColorsByIndexTable(*platform_, schemes_, table_);
@@ -118,7 +118,7 @@ void frmTqColorSetting::cmbInitializeColorSchemes() {
 }
 
 int frmTqColorSetting::SyncClutFilesFromGlobalToApp() {
-  return tq::SyncClutFilesFromGlobalToApp(*platform_, schemes_, table_);
+  return tq::SyncClutFilesFromGlobalToApp(*platform_, strings_, schemes_, table_);
 }
 
 void frmTqColorSetting::LockFileCheck(bool lock) {
@@ -132,7 +132,7 @@ void frmTqColorSetting::CreateLockFile() {
   if (!enable_changes_) return;  // a read-only editor takes no lock
   // The lock object may overwrite these with the holder's names; the session's stay.
   std::string app = host_application_, user = userName;
-  if (!lock_) lock_ = std::make_unique<clsLockFileCreator>(*platform_);
+  if (!lock_) lock_ = std::make_unique<clsLockFileCreator>(*platform_, strings_);
   const LockResult result = lock_->CreateLockFile(ClutFileName(), app, user, LockMode::OpenOrReadOnly, false);
   // A failed attempt has also closed any lock held before.
   LockFileCreated = result == LockResult::Locked;
@@ -156,7 +156,7 @@ const EnableDecision& frmTqColorSetting::MakeEnableChanges(bool disableOK) {
 }
 
 std::string frmTqColorSetting::ResolveSessionClutFile(const std::string& requested) {
-  return InitColorSchemes(*platform_, schemes_, table_, AppFolder, UserFolder, requested);
+  return InitColorSchemes(*platform_, strings_, schemes_, table_, AppFolder, UserFolder, requested);
 }
 
 void frmTqColorSetting::RecordDefinedClutFile() {
@@ -196,7 +196,7 @@ void frmTqColorSetting::ColorPicked(int row, std::optional<std::int32_t> chosen)
 
 void frmTqColorSetting::cmdOK_Click() {
   if (ColorsSaved || ColorThemeChanged || ColorsChanged) DlgReturnValue(true);
-  if (ColorsChanged) SaveColorTable(*platform_, table_);
+  if (ColorsChanged) SaveColorTable(*platform_, strings_, table_);
   if (table_.ClutError) {
     table_.ClutError = false;  // the user has seen why and may try again
     return;
@@ -230,15 +230,15 @@ void frmTqColorSetting::LoadForm() {
   if (loaded_) return;
   loaded_ = true;  // first, so that the steps below may read the selection
   selection_ = TabSelection(PipelineEnabled);
-  voltage_names_ = InitColorRowMap(table_.ColorRowMap, table_.ColorIndexValue, FetchVoltageLevels(platform_->Host()),
-                                   PipelineEnabled);
+  voltage_names_ = InitColorRowMap(strings_, table_.ColorRowMap, table_.ColorIndexValue,
+                                   FetchVoltageLevels(platform_->Host()), PipelineEnabled);
   row_index_ = MakeRowIndex(table_.ColorRowMap);
   table_.rows.fill(RowColour());
   history_.Clear();
   LockFileCreated = ColorsChanged = ColorThemeChanged = ColorsSaved = false;
   DlgReturnValue(false);
   enablement_ = EnableDecision();
-  LoadColorTable(*platform_, schemes_, table_, true, LoadReport::ToUser);
+  LoadColorTable(*platform_, schemes_, table_, true, LoadReport::ToUser(strings_));
   if (view_) view_->Load(*this);
 }
 

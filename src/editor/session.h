@@ -58,6 +58,8 @@ struct SessionError {
 class clsCustomFileDlg;
 class clsLockFileCreator;
 class frmTqColorSetting;
+// The scheme, import, export and restore commands (editor/scheme_commands.h).
+class SchemeCommands;
 
 // What belongs to one control instance rather than to the thread's session.
 struct ControlInstanceState {
@@ -327,24 +329,15 @@ class frmTqColorSetting {
   // The session's texts sid::kFirstSessionText to kLastSessionText, loaded with the
   // language ("" before).
   const std::string& Text(int id) const;
+  // All texts of the session's language (the thread's), for the names it shows.
+  const LanguageTexts& Strings() const { return strings_; }
 
  private:
-  // The file being edited and how: what a command that fails halfway returns to.
-  struct EditedFile {
-    std::string path;
-    bool editable, locked, colors_changed, theme_changed;
-  };
-  EditedFile Edited() const;
-  // Edits `file` again as it was edited (its lock taken again), with the scheme list on it.
-  void ReturnTo(const EditedFile& file);
+  // They change the rows, the scheme list and the history, which nothing outside the
+  // session may change.
+  friend class SchemeCommands;
+
   void ReleaseLockFile();
-  void ApplySchemeFile(const std::string& path, bool reload);
-  std::optional<std::string> AcceptSchemeName(const std::string& typed, const std::vector<std::string>& paths);
-  // The file the user names for import or export: the host's dialog or ours.
-  std::string ChooseLogicalColorsFile(FileDialogKind kind);
-  // The indexes import and export work on: those a row shows.
-  bool IsIndexShown(int index) const;
-  int Ask(const std::string& prompt, int buttons, int style);
 
   Platform* platform_;
   LanguageTexts& strings_;

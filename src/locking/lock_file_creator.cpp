@@ -13,9 +13,10 @@ constexpr int kExclamationDefaultSecond = kMbIconExclamation | kMbDefButton2;  /
 
 }  // namespace
 
-clsLockFileCreator::clsLockFileCreator(Platform& platform) : platform_(platform), texts_(DefaultLockTexts()) {
+clsLockFileCreator::clsLockFileCreator(Platform& platform, const LanguageTexts& texts)
+    : platform_(platform), texts_(DefaultLockTexts()) {
   for (int i = 0; i < lock_text::kCount; ++i) {
-    std::string text = GetString(lock_text::kFirstId + i);
+    std::string text = texts.Get(lock_text::kFirstId + i);
     if (!text.empty()) texts_[i] = std::move(text);
   }
 }

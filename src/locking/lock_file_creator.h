@@ -13,6 +13,7 @@
 #include <string>
 
 #include "locking/lock_file.h"
+#include "support/localization.h"
 #include "support/platform.h"
 
 namespace tq {
@@ -26,8 +27,8 @@ enum class LockResult { Locked = 0, Refused = 1, ReadOnlyChosen = 2 };
 
 class clsLockFileCreator {
  public:
-  // Loads the lock texts (IDs 1501..1513) of this thread's language.
-  explicit clsLockFileCreator(Platform& platform);
+  // Takes the lock texts (IDs 1501..1513) from `texts`.
+  clsLockFileCreator(Platform& platform, const LanguageTexts& texts);
   ~clsLockFileCreator();
   clsLockFileCreator(const clsLockFileCreator&) = delete;
   clsLockFileCreator& operator=(const clsLockFileCreator&) = delete;

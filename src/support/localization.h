@@ -37,6 +37,7 @@ class LanguageTexts {
 };
 
 // The text of a string ID in this thread's language (ThreadContext), else built-in English.
+// For the Windows side; the portable core is handed the LanguageTexts it speaks.
 std::string GetString(int id);
 
 }  // namespace tq

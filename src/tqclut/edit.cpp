@@ -190,7 +190,7 @@ int RunUpgrade(Context& c) {
   state.ClutFileName = path;
   // No scheme folder: the file's own reference, required above, is the one taken.
   const ColorSchemeModule schemes;
-  CheckClutVersion(platform, schemes, state, true, LoadReport::Quiet);
+  CheckClutVersion(platform, schemes, state, true, LoadReport::Quiet());
   bool found = false;
   if (GetClutVersion(platform, path, found) != kClutCurrentVersion || !found)
     throw Failure{"cannot upgrade " + name + " (it could not be written); the file is unchanged"};

@@ -264,8 +264,8 @@ int RunDiff(Context& c) {
 
 int RunReport(Context& c) {
   const Table table = ReadTable(c.platform, c.args[0], Use::Read);
-  const std::string html =
-      ReportHtml(c.args[0], table.values, quality::Check(table.values, [](int index) { return Names().Label(index); }));
+  const std::string html = ReportHtml(Texts(), c.args[0], table.values,
+                                      quality::Check(table.values, [](int index) { return Names().Label(index); }));
   if (c.output.empty()) {
     c.out << html;
     return kExitClean;

@@ -48,17 +48,17 @@ std::string Swatch(int index, std::int32_t colour, std::string_view attributes =
 struct Catalogue {
   ColorRowMapArray map{};
   VoltageRowNames voltage_names;
-  Catalogue() {
+  explicit Catalogue(const LanguageTexts& texts) {
     VoltageLevels levels;
     for (int k = 1; k <= 10; ++k) levels.names.push_back("Voltage level " + std::to_string(k));
     levels.count = 10;
     ColorTableArray unused;
-    voltage_names = InitColorRowMap(map, unused, levels, /*pipeline_enabled=*/true);
+    voltage_names = InitColorRowMap(texts, map, unused, levels, /*pipeline_enabled=*/true);
   }
 };
 
-std::string ColoursByTab(const quality::ColourTable& colours) {
-  const Catalogue catalogue;
+std::string ColoursByTab(const LanguageTexts& texts, const quality::ColourTable& colours) {
+  const Catalogue catalogue(texts);
   std::string out = "<h2 id=\"colours\">Colours by tab</h2>\n";
   // What the status, network, state and pipeline tabs colour is drawn on the process
   // display background: their swatches are framed by it.
@@ -73,14 +73,14 @@ std::string ColoursByTab(const quality::ColourTable& colours) {
         const int index = FindColorRow(catalogue.map, row);
         if (index < 0) continue;
         cells += "<div class=\"c\">" + Swatch(index, colours[index], {}, on_background ? framed : "") + "<span><b>" +
-                 Html(RowName(row, catalogue.voltage_names)) + "</b><br><small>" + std::to_string(index) + " &middot; " +
+                 Html(RowName(texts, row, catalogue.voltage_names)) + "</b><br><small>" + std::to_string(index) + " &middot; " +
                  Describe(colours[index]) + "</small></span></div>\n";
       }
       if (cells.empty()) continue;
-      const std::string category = GetCategoryNameOfRow(frame.first_row);
+      const std::string category = GetCategoryNameOfRow(texts, frame.first_row);
       frames += (category.empty() ? "" : "<h4>" + Html(category) + "</h4>\n") + "<div class=\"grid\">\n" + cells + "</div>\n";
     }
-    if (!frames.empty()) out += "<h3>" + Html(GetString(TabCaptionId(page))) + "</h3>\n" + frames;
+    if (!frames.empty()) out += "<h3>" + Html(texts.Get(TabCaptionId(page))) + "</h3>\n" + frames;
   }
   return out;
 }
@@ -119,10 +119,10 @@ std::string Findings(const quality::ColourTable& colours, const std::vector<Find
 
 // The colours of the distinguishable status groups and the Tagout severities, on
 // the process display background, as each vision sees both.
-std::string Visions(const quality::ColourTable& colours) {
+std::string Visions(const LanguageTexts& texts, const quality::ColourTable& colours) {
   static constexpr int kIndexes[] = {45, 46, 28, 24, 44, 27, 25, 35, 39, 38, 50, 34, 47, 37, 43, 32,
                                      110, 111, 112, 113, 114, 115, 116};
-  const IndexCatalogue names;
+  const IndexCatalogue names(texts);
   std::string out =
       "<h2 id=\"vision\">Status and alarm colours by colour vision</h2>\n<p>On the process display background, "
       "simulated for the three colour-vision deficiencies (Machado, Oliveira and Fernandes 2009, full "
@@ -144,7 +144,7 @@ std::string Visions(const quality::ColourTable& colours) {
 
 }  // namespace
 
-std::string ReportHtml(const std::string& title, const quality::ColourTable& colours,
+std::string ReportHtml(const LanguageTexts& texts, const std::string& title, const quality::ColourTable& colours,
                        const std::vector<Finding>& findings) {
   std::size_t failed = 0;
   for (const Finding& f : findings) failed += !f.pass;
@@ -165,7 +165,7 @@ std::string ReportHtml(const std::string& title, const quality::ColourTable& col
          Html(title) + "</h1>\n<p>" + (failed ? std::to_string(failed) + " of " + std::to_string(findings.size()) +
                                                     " quality checks need attention: see <a href=\"#findings\">the findings</a>."
                                               : "Every quality check passes.") +
-         "</p>\n" + ColoursByTab(colours) + Findings(colours, findings) + Visions(colours) + "</body>\n</html>\n";
+         "</p>\n" + ColoursByTab(texts, colours) + Findings(colours, findings) + Visions(texts, colours) + "</body>\n</html>\n";
 }
 
 }  // namespace tq::clut_tool

@@ -9,13 +9,15 @@
 #include <vector>
 
 #include "quality/color_quality.h"
+#include "support/localization.h"
 
 namespace tq::clut_tool {
 
-// `title` names the table (its path); `findings` are quality::Check's of `colours`.
+// Names in the language of `texts`; `title` names the table (its path); `findings` are
+// quality::Check's of `colours`.
 // Every swatch carries data-index (and in the vision table data-vision) and its colour
 // as "background:#RRGGBB", so that tests and tools can find it.
-std::string ReportHtml(const std::string& title, const quality::ColourTable& colours,
+std::string ReportHtml(const LanguageTexts& texts, const std::string& title, const quality::ColourTable& colours,
                        const std::vector<quality::Finding>& findings);
 
 }  // namespace tq::clut_tool

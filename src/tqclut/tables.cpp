@@ -63,8 +63,13 @@ Table ReadTable(Platform& platform, const std::string& path, Use use) {
   return table;
 }
 
+const LanguageTexts& Texts() {
+  static const LanguageTexts english;
+  return english;
+}
+
 const IndexCatalogue& Names() {
-  static const IndexCatalogue catalogue;
+  static const IndexCatalogue catalogue(Texts());
   return catalogue;
 }
 
@@ -115,7 +120,7 @@ std::int32_t ParseColour(const std::vector<std::string>& parts) {
 // The Windows codes of a handle held by another (POSIX platforms report the same).
 constexpr std::uint32_t kSharingViolation = 32, kLockViolation = 33;
 
-FileLock::FileLock(Platform& platform, const std::string& path) : creator_(platform) {
+FileLock::FileLock(Platform& platform, const std::string& path) : creator_(platform, Texts()) {
   std::string app = kToolName, user = platform.WindowsUserName();
   for (int attempt = 0; attempt < 2; ++attempt) {
     if (creator_.CreateLockFile(path, app, user, LockMode::Open, true) == LockResult::Locked) return;

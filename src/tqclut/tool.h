@@ -14,6 +14,7 @@
 #include "editor/catalogue.h"
 #include "locking/lock_file_creator.h"
 #include "quality/color_quality.h"
+#include "support/localization.h"
 #include "support/platform.h"
 
 namespace tq::clut_tool {
@@ -70,6 +71,8 @@ void SaveLines(Platform& platform, const Table& table, const ClutNewLines& new_l
 
 // ---- Names and values ----------------------------------------------------------------
 
+// The tool's texts: the built-in English ones, since it loads no language library.
+const LanguageTexts& Texts();
 const IndexCatalogue& Names();
 // The name for a listing; an index no row shows says so.
 std::string Label(int index);

@@ -6,6 +6,7 @@
 
 #include "editor/host_exchange.h"
 #include "support/localization.h"
+#include "support/thread_context.h"
 #include "win32/editor_ids.h"
 #include "win32/editor_parts.h"
 #include "win32/guard.h"
@@ -27,7 +28,9 @@ constexpr int kCheckWidth = 9600, kListHeight = 3000;
 // Between a label and its control: pixels rounded at any DPI never make them overlap.
 constexpr int kLabelGap = 30;
 
-std::wstring Text(int id) { return Widen(GetString(id)); }
+// The thread's language, which its editor session speaks too.
+const LanguageTexts& Texts() { return ThreadContext::This().Texts(); }
+std::wstring Text(int id) { return Widen(Texts().Get(id)); }
 
 }  // namespace
 
@@ -53,7 +56,7 @@ int CheckUi::Px(int twips) const { return editor_.Px(twips); }
 std::string CheckUi::NameOf(int index) const {
   frmTqColorSetting* s = editor_.session_;
   const int row = s && index >= 0 && index < kClutIndexCount ? s->Table().ColorRowMap[index] : -1;
-  return row >= 0 ? RowName(row, s->VoltageNames()) : std::string();  // no row: known by its index alone
+  return row >= 0 ? RowName(Texts(), row, s->VoltageNames()) : std::string();  // no row: known by its index alone
 }
 
 void CheckUi::Reset() {
@@ -100,7 +103,7 @@ void CheckUi::UpdateMarker(int row) {
   HWND button = editor_.color_buttons_[row];
   const int index = editor_.session_->RowIndex(row);
   std::wstring text;
-  if (button && index >= 0) text = Widen(DescribeFindingsOf(checks_, index, [this](int i) { return NameOf(i); }));
+  if (button && index >= 0) text = Widen(DescribeFindingsOf(Texts(), checks_, index, [this](int i) { return NameOf(i); }));
   HWND& marker = markers_[row];
   if (text.empty()) {
     if (marker) {
@@ -185,7 +188,7 @@ std::wstring CheckUi::TitleSuffix() const {
   if (vision_ == quality::Vision::Normal) return {};
   std::wstring text = Text(sid::kSimulatedSuffix);
   const auto at = text.find(L"%1");
-  if (at != std::wstring::npos) text.replace(at, 2, Widen(VisionText(vision_)));
+  if (at != std::wstring::npos) text.replace(at, 2, Widen(VisionText(Texts(), vision_)));
   return text;
 }
 
@@ -256,7 +259,7 @@ void CheckUi::CreateChildren() {
   HWND combo = Child(editor_.combo_class_, L"", WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST, ids::kVisionCombo,
                      {kMargin + label_width + kGap, y, kMargin + label_width + kGap + kComboWidth, y + kComboDrop});
   for (quality::Vision v : quality::kVisions)
-    SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Widen(VisionText(v)).c_str()));
+    SendMessageW(combo, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Widen(VisionText(Texts(), v)).c_str()));
   SendMessageW(combo, CB_SETCURSEL, static_cast<WPARAM>(vision_), 0);
   y += kCategoryHeight + kGap;
   label(ids::kPreviewLabel, sid::kPreviewLabel, {kMargin, y, right, y + kButtonHeight});
@@ -293,8 +296,8 @@ void CheckUi::FillFindings() {
   const IndexName name = [this](int i) { return NameOf(i); };
   for (std::size_t i = 0; i < shown_findings_.size(); ++i) {
     const quality::Finding& f = *shown_findings_[i];
-    const std::wstring cells[] = {Widen(f.rule), Widen(FindingColours(f, name)), Widen(FindingMeasured(f)),
-                                  Widen(FindingNeeded(f)), Widen(VisionText(VisionOf(f)))};
+    const std::wstring cells[] = {Widen(f.rule), Widen(FindingColours(f, name)), Widen(FindingMeasured(Texts(), f)),
+                                  Widen(FindingNeeded(f)), Widen(VisionText(Texts(), VisionOf(f)))};
     LVITEMW item{};
     item.mask = LVIF_TEXT;
     item.iItem = static_cast<int>(i);
@@ -308,7 +311,7 @@ void CheckUi::FillFindings() {
   }
   SendMessageW(list_, WM_SETREDRAW, TRUE, 0);
   InvalidateRect(list_, nullptr, TRUE);
-  SetDlgItemTextW(window_, ids::kChecksSummary, Widen(ChecksSummary(checks_)).c_str());
+  SetDlgItemTextW(window_, ids::kChecksSummary, Widen(ChecksSummary(Texts(), checks_)).c_str());
 }
 
 // To the finding's first colour: its tab and category in the editor, its colour button focused.

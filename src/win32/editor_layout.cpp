@@ -44,7 +44,8 @@ void EditorWindow::CreateControls() {
     auto twips_of = [&](const std::wstring& text) { return MulDiv(meter.Width(text), 1440, dpi_) + kGap; };
     int widest = 2400;
     for (int row = 0; row < kRowCount; ++row)
-      if (s.RowIndex(row) >= 0) widest = std::max(widest, twips_of(Widen(RowName(row, s.VoltageNames()))));
+      if (s.RowIndex(row) >= 0)
+        widest = std::max(widest, twips_of(Widen(RowName(s.Strings(), row, s.VoltageNames()))));
     name_width_ = widest;
     // The RGB column grows for a font or language that needs it; the names move right.
     rgb_width_ = std::max({kRgbWidth, twips_of(L"(255, 255, 255)"), twips_of(Caption(sid::kUnreadable)),

@@ -50,13 +50,13 @@ void EditorWindow::BuildFrame(int page, int f) {
     // A hidden row keeps its empty place: rows never move.
     const DWORD shown = s.RowIndex(row) >= 0 ? WS_VISIBLE : 0;
     const int y = RowTop(row);
-    color_buttons_[row] = CreateChild(box, button_class_, Widen(RowName(row, s.VoltageNames())),
+    color_buttons_[row] = CreateChild(box, button_class_, Widen(RowName(s.Strings(), row, s.VoltageNames())),
                                       shown | WS_TABSTOP | BS_OWNERDRAW | (enabled ? 0 : WS_DISABLED),
                                       ids::kColorButton + row, {kButtonLeft, y, kButtonLeft + kButtonWidth, y + kButtonHeight});
     rgb_texts_[row] = RgbTextOf(row);
     rgb_labels_[row] = CreateChild(box, static_class_, rgb_texts_[row], shown | SS_CENTERIMAGE | SS_NOPREFIX,
                                    ids::kRgbLabel + row, {kRgbLeft, y, kRgbLeft + rgb_width_, y + kButtonHeight});
-    HWND name = CreateChild(box, static_class_, Widen(RowName(row, s.VoltageNames())),
+    HWND name = CreateChild(box, static_class_, Widen(RowName(s.Strings(), row, s.VoltageNames())),
                             shown | SS_CENTERIMAGE | SS_NOTIFY | SS_NOPREFIX, ids::kNameLabel + row,
                             {name_left_, y, name_left_ + name_width_, y + kButtonHeight});
     if (shown) AddTool(box, name, LPSTR_TEXTCALLBACKW);

@@ -41,6 +41,7 @@ class ColorTableFiles : public ::testing::Test {
   }
   test::ScratchFolder dir;
   test::TestPlatform p;
+  const LanguageTexts texts;  // the built-in English ones
   ColorSchemeModule schemes;
   ColorTableState state;
 };
@@ -48,7 +49,7 @@ class ColorTableFiles : public ::testing::Test {
 TEST_F(ColorTableFiles, LoadFillsTableAndRowsAndKeepsValuesOfUnreadableLines) {
   Write(state.ClutFileName, "  1    2    3  # 0: x Version=93.07\r\njunk\r\n -1   -1   -1  \n255 255 255");
   state.ColorIndexValue[1] = 42;
-  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser(texts)));
   EXPECT_EQ(state.ColorIndexValue[0], 197121);
   EXPECT_EQ(state.ColorIndexValue[1], 42);
   EXPECT_EQ(state.rows[1].kind, RowColour::Kind::Unreadable);
@@ -61,7 +62,7 @@ TEST_F(ColorTableFiles, LoadFillsTableAndRowsAndKeepsValuesOfUnreadableLines) {
 
 TEST_F(ColorTableFiles, FailedLoadsTellTheUserButNeverTheHostsReads) {
   const std::string present = state.ClutFileName;
-  for (const LoadReport report : {LoadReport::ToUser, LoadReport::Quiet}) {
+  for (const LoadReport report : {LoadReport::ToUser(texts), LoadReport::Quiet()}) {
     p.prompts.clear();
     p.answers = {kIdOk, kIdOk};
     state.ClutError = false;
@@ -72,7 +73,7 @@ TEST_F(ColorTableFiles, FailedLoadsTellTheUserButNeverTheHostsReads) {
     EXPECT_FALSE(LoadColorTable(p, schemes, state, true, report));
     p.SetFaultHook(nullptr);
     EXPECT_TRUE(state.ClutError);
-    if (report == LoadReport::Quiet) {
+    if (!report.User()) {
       EXPECT_TRUE(p.prompts.empty());
       continue;
     }
@@ -86,8 +87,8 @@ TEST_F(ColorTableFiles, FailedLoadsTellTheUserButNeverTheHostsReads) {
 TEST_F(ColorTableFiles, LoadThenSaveOfTheFactoryFileChangesNoByte) {
   const std::string before = Read(state.ClutFileName) + "free text after the table\r\nno line end";
   Write(state.ClutFileName, before);
-  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser));
-  ASSERT_TRUE(SaveColorTable(p, state));
+  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser(texts)));
+  ASSERT_TRUE(SaveColorTable(p, texts, state));
   EXPECT_EQ(Read(state.ClutFileName), before);
   EXPECT_EQ(p.host_calls, (Calls{{kHostFileNotice, state.ClutFileName}}));
 }
@@ -101,7 +102,7 @@ TEST_F(ColorTableFiles, SaveWritesRowStatesAndUnreadableRowsTakeTheColourBefore)
   state.rows[0] = {RowColour::Kind::Colour, 0x0A0B0C};
   state.rows[2] = {RowColour::Kind::Unreadable, 0};
   state.rows[3] = {RowColour::Kind::NotDefined, 0};
-  ASSERT_TRUE(SaveColorTable(p, state));
+  ASSERT_TRUE(SaveColorTable(p, texts, state));
   EXPECT_EQ(Read(state.ClutFileName), " 12   11   10  # a Version=93.07\r\n2 2 2 # b\r\n 12   11   10  \r\n -1   -1   -1  \r\n");
 }
 
@@ -110,12 +111,12 @@ TEST_F(ColorTableFiles, UnlockedFileIsWrittenOnlyWhenTheUserSaysYes) {
   const std::string before = Read(state.ClutFileName);
   state.rows.fill({RowColour::Kind::Colour, 0});
   p.answers = {kIdNo, kIdYes};
-  EXPECT_FALSE(SaveColorTable(p, state));
+  EXPECT_FALSE(SaveColorTable(p, texts, state));
   EXPECT_EQ(Read(state.ClutFileName), before);
   EXPECT_EQ(p.prompts[0].text,
             GetString(1309) + state.ClutFileName + "\r\n" + GetString(1310) + "\r\n\r\n" + GetString(1311));
   EXPECT_EQ(p.prompts[0].buttons, kMbYesNo);
-  EXPECT_TRUE(SaveColorTable(p, state));
+  EXPECT_TRUE(SaveColorTable(p, texts, state));
   EXPECT_NE(Read(state.ClutFileName), before);
 }
 
@@ -129,7 +130,7 @@ TEST_F(ColorTableFiles, AFailureAtAnyStepOfTheSaveLeavesTheOldFileWhole) {
     p.SetFaultHook(FailNth(step, 1));
     p.answers = {kIdOk};
     state.ClutError = false;
-    EXPECT_FALSE(SaveColorTable(p, state));
+    EXPECT_FALSE(SaveColorTable(p, texts, state));
     EXPECT_TRUE(state.ClutError);  // so that OK keeps the editor and its colours open
     EXPECT_EQ(Read(state.ClutFileName), before);
     EXPECT_TRUE(NoTempFiles());
@@ -147,7 +148,7 @@ TEST_F(ColorTableFiles, ASaveKeepsTheFilesAttributesPermissionsAndLinks) {
 #ifdef _WIN32
   const char* path = state.ClutFileName.c_str();
   ASSERT_TRUE(SetFileAttributesA(path, FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM));
-  ASSERT_TRUE(SaveColorTable(p, state));
+  ASSERT_TRUE(SaveColorTable(p, texts, state));
   EXPECT_EQ(GetFileAttributesA(path) & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM),
             DWORD{FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM});
   const std::string target = state.ClutFileName;
@@ -159,7 +160,7 @@ TEST_F(ColorTableFiles, ASaveKeepsTheFilesAttributesPermissionsAndLinks) {
   ASSERT_EQ(::symlink(target.c_str(), link.c_str()), 0);
   state.ClutFileName = link;
   p.answers = {kIdYes};  // no lock file beside the link: saved when the user says so
-  ASSERT_TRUE(SaveColorTable(p, state));
+  ASSERT_TRUE(SaveColorTable(p, texts, state));
   struct stat seen{};
   ASSERT_EQ(::lstat(link.c_str(), &seen), 0);
   EXPECT_TRUE(S_ISLNK(seen.st_mode));
@@ -180,13 +181,13 @@ TEST_F(ColorTableFiles, AnUpgradeIsOneReplaceSoAFailureLeavesTheOldFileOrTheNewO
       Write(state.ClutFileName, old);
       p.SetFaultHook(FailNth(step, n));
       p.allow_unscripted = true;
-      LoadColorTable(p, schemes, state, true, LoadReport::Quiet);
+      LoadColorTable(p, schemes, state, true, LoadReport::Quiet());
       p.SetFaultHook(nullptr);
       const std::string now = Read(state.ClutFileName);
       if (upgraded.empty()) upgraded = now;
       EXPECT_TRUE(now == old || now == upgraded);
       // Loading again never moves the extended colours a second time.
-      ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::Quiet));
+      ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::Quiet()));
       EXPECT_EQ(Read(state.ClutFileName), upgraded);
     }
   }
@@ -203,8 +204,8 @@ TEST_F(ColorTableFiles, WithoutAReferenceTheUserIsToldOnceAndTheFileOnlyReMarked
   const auto own = test::OwnLines("93.04");
   Write(state.ClutFileName, JoinClutLines(own));
   p.allow_unscripted = true;  // and "DVHOME not found" after each upgrade: this machine has no toolkit
-  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser));
-  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser(texts)));
+  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser(texts)));
   EXPECT_EQ(p.prompts.size(), 2u);
   EXPECT_EQ(p.prompts[0].text, "It is not possible to update the file " + state.ClutFileName +
                                    " from 93.04 to 93.07 since the reference file does not exist!");
@@ -218,7 +219,7 @@ TEST_F(ColorTableFiles, WithoutAReferenceTheUserIsToldOnceAndTheFileOnlyReMarked
   Write(dir / "QLT830_colors$clut", test::SourceFile("data/QLT830_colors$clut"));
   SetColorSchemeFolder(schemes, dir.path().substr(0, dir.path().size() - 1));
   state.ClutFileName = other;
-  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser(texts)));
   EXPECT_EQ(SplitClutLines(Read(other)).lines[18], test::FactoryLines()[18]);
 }
 

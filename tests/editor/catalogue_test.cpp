@@ -9,13 +9,15 @@
 namespace tq {
 namespace {
 
+const LanguageTexts english;  // the built-in texts
+
 struct Built {
   ColorRowMapArray map;
   ColorTableArray table;
   VoltageRowNames names;
   Built(const VoltageLevels& levels, bool pipeline) {
     table.fill(7);
-    names = InitColorRowMap(map, table, levels, pipeline);
+    names = InitColorRowMap(english, map, table, levels, pipeline);
   }
 };
 
@@ -38,8 +40,8 @@ TEST(Catalogue, FramesTileEveryRowOnceWithTheirGeometryAndExportNames) {
   for (const Case& c : {Case{100, "", "Tagout"}, {65, "", "Voltage Level"}, {130, "Alarm Display", ""},
                         {171, "Trends Display", "Tabular View"}, {200, "", ""}, {235, "", "Indexes 244 - 255"},
                         {250, "", ""}}) {
-    EXPECT_EQ(GetTabCaptionOfRow(TabStrip(false), c.row), c.caption) << c.row;
-    EXPECT_EQ(GetCategoryNameOfRow(c.row), c.category) << c.row;
+    EXPECT_EQ(GetTabCaptionOfRow(english, TabStrip(false), c.row), c.caption) << c.row;
+    EXPECT_EQ(GetCategoryNameOfRow(english, c.row), c.category) << c.row;
   }
 }
 
@@ -50,7 +52,7 @@ TEST(Catalogue, RowMapPlacesEachIndexInItsRowOnce) {
                         {261, 109, 109}, {270, -1, 40},   {281, -1, 107},   {282, -1, -1},    {289, -1, -1}};
   for (bool pipeline : {false, true}) {
     Built b(Levels(20), true);
-    InitColorRowMap(b.map, b.table, {}, pipeline);  // a rebuild forgets the rows of the one before
+    InitColorRowMap(english, b.map, b.table, {}, pipeline);  // a rebuild forgets the rows of the one before
     for (const Case& c : cases)
       EXPECT_EQ(FindColorRow(b.map, c.row), pipeline ? c.index_with_pipeline : c.index) << c.row << " " << pipeline;
     std::set<int> shown;
@@ -84,7 +86,7 @@ TEST(Catalogue, VoltageLevelRowsFollowTheHostsLevels) {
   for (const Case& c : cases) {
     const Built b(c.levels, false);
     EXPECT_EQ(FindColorRow(b.map, c.row), c.index) << c.levels.count << " levels, row " << c.row;
-    EXPECT_EQ(RowName(c.row, b.names), c.name) << c.levels.count << " levels, row " << c.row;
+    EXPECT_EQ(RowName(english, c.row, b.names), c.name) << c.levels.count << " levels, row " << c.row;
   }
 }
 

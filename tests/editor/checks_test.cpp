@@ -75,30 +75,31 @@ TEST(EditorChecks, AChangeRechecksOnlyTheRulesOfItsIndexAndAgreesWithTheWholeTab
 }
 
 TEST(EditorChecks, ARowSaysWhatItFailsWithOncePerOtherColour) {
+  const LanguageTexts english;  // the built-in texts
   EditorChecks checks;
   quality::ColourTable colours = quality::ParseColourTable(test::SourceFile("data/QLT830_highperformance.clut"));
   checks.Reset(colours);
-  EXPECT_EQ(ChecksSummary(checks), "All checks pass");
+  EXPECT_EQ(ChecksSummary(english, checks), "All checks pass");
   const IndexName name = [](int index) { return "C" + std::to_string(index); };
-  EXPECT_EQ(DescribeFindingsOf(checks, 258, name), "");
+  EXPECT_EQ(DescribeFindingsOf(english, checks, 258, name), "");
 
   checks.Change(258, colours[256]);
-  EXPECT_EQ(DescribeFindingsOf(checks, 258, name), "Too little contrast with C256 (1:1, needs 4.5:1)");
-  EXPECT_EQ(DescribeFindingsOf(checks, 256, name), "Too little contrast with C258 (1:1, needs 4.5:1)");
-  EXPECT_EQ(ChecksSummary(checks), "1 findings in 1 rules");
+  EXPECT_EQ(DescribeFindingsOf(english, checks, 258, name), "Too little contrast with C256 (1:1, needs 4.5:1)");
+  EXPECT_EQ(DescribeFindingsOf(english, checks, 256, name), "Too little contrast with C258 (1:1, needs 4.5:1)");
+  EXPECT_EQ(ChecksSummary(english, checks), "1 findings in 1 rules");
 
   // The same pair failing under normal vision and the simulations reads once.
   checks.Change(46, colours[45]);
-  EXPECT_EQ(DescribeFindingsOf(checks, 46, name).rfind("Hard to tell from C45 (\xCE\x94" "E 0, needs 10)", 0), 0u)
-      << DescribeFindingsOf(checks, 46, name);
+  EXPECT_EQ(DescribeFindingsOf(english, checks, 46, name).rfind("Hard to tell from C45 (\xCE\x94" "E 0, needs 10)", 0), 0u)
+      << DescribeFindingsOf(english, checks, 46, name);
   // A red and the red a deuteranope sees: apart for normal vision only.
   const std::int32_t red = 0x0000FF;
   checks.Change(45, red);
   checks.Change(46, quality::Simulate(red, quality::Vision::Deuteranopia));
-  EXPECT_NE(DescribeFindingsOf(checks, 46, name).find("Hard to tell from C45 for deuteranopia"), std::string::npos)
-      << DescribeFindingsOf(checks, 46, name);
+  EXPECT_NE(DescribeFindingsOf(english, checks, 46, name).find("Hard to tell from C45 for deuteranopia"), std::string::npos)
+      << DescribeFindingsOf(english, checks, 46, name);
   checks.Change(30, kClutNotDefined);
-  EXPECT_EQ(DescribeFindingsOf(checks, 30, name), "Cannot be checked: the color is not defined");
+  EXPECT_EQ(DescribeFindingsOf(english, checks, 30, name), "Cannot be checked: the color is not defined");
 }
 
 }  // namespace

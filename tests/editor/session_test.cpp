@@ -118,7 +118,8 @@ class Session : public ::testing::Test {
   // Another editor's lock on `file`, held to the end of the test.
   void HoldElsewhere(const std::string& file) {
     std::string other_app = "Other", other_user = "op2";
-    ASSERT_EQ(holders.emplace_back(p).CreateLockFile(file, other_app, other_user, LockMode::Open, true), LockResult::Locked);
+    clsLockFileCreator& holder = holders.emplace_back(p, ThreadContext::This().Texts());
+    ASSERT_EQ(holder.CreateLockFile(file, other_app, other_user, LockMode::Open, true), LockResult::Locked);
   }
 
   Machine p;

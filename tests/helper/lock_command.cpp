@@ -19,10 +19,11 @@
 namespace {
 
 using tq::clsLockFileCreator;
+const tq::LanguageTexts english;  // the built-in texts
 
 int HoldLock(const std::vector<std::string>& args) {
   if (args.size() < 5) return 2;
-  clsLockFileCreator lock(tq::win::WinPlatform::Instance());
+  clsLockFileCreator lock(tq::win::WinPlatform::Instance(), english);
   std::string app = args[2], user = args[3];
   if (lock.CreateLockFile(args[1], app, user, tq::LockMode::Open, true) != tq::LockResult::Locked) return 3;
   tq::test::SignalReady(args[0]);
@@ -40,7 +41,7 @@ int RaceLock(const std::vector<std::string>& args) {
   CloseHandle(start);
   if (!started) return 3;
 
-  clsLockFileCreator lock(platform);
+  clsLockFileCreator lock(platform, english);
   std::string app = "Racer", user = std::to_string(GetCurrentProcessId());
   if (lock.CreateLockFile(args[1], app, user, tq::LockMode::Open, true) == tq::LockResult::Locked) {
     Sleep(static_cast<DWORD>(std::stoul(args[3])));

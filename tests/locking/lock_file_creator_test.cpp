@@ -11,6 +11,7 @@ namespace tq {
 namespace {
 
 using Creator = clsLockFileCreator;
+const LanguageTexts english;  // the built-in texts
 
 struct LockTest : ::testing::Test {
   test::ScratchFolder folder;
@@ -30,7 +31,7 @@ struct LockTest : ::testing::Test {
 
 TEST_F(LockTest, TakesTheLockWritesItsLinesAndDeletesTheFileWhenDestroyed) {
   {
-    Creator c(platform);
+    Creator c(platform, english);
     std::string app, user = "op1";
     EXPECT_EQ(c.CreateLockFile(file, app, user, LockMode::OpenOrReadOnly, false), LockResult::Locked);
     EXPECT_EQ(app, "N/A");
@@ -46,10 +47,10 @@ TEST_F(LockTest, TakesTheLockWritesItsLinesAndDeletesTheFileWhenDestroyed) {
 }
 
 TEST_F(LockTest, SecondObjectInOneProcessIsRefusedAndBothSeeTheLockAsTheirs) {
-  Creator first(platform);
+  Creator first(platform, english);
   ASSERT_EQ(Take(first, file, "Display", "op1"), LockResult::Locked);
   {
-    Creator second(platform);
+    Creator second(platform, english);
     std::string app = "Other", user = "op2";
     platform.answers = {kIdOk};
     EXPECT_EQ(second.CreateLockFile(file, app, user, LockMode::Open, false), LockResult::Refused);
@@ -76,16 +77,16 @@ TEST_F(LockTest, AHolderWithLongOrNonAsciiNamesRecognisesItsOwnLock) {
   std::string umlauts;
   for (int i = 0; i < 200; ++i) umlauts += "\xc3\xa4";
   const std::string long_app(300, 'a');
-  Creator c(platform);
+  Creator c(platform, english);
   ASSERT_EQ(Take(c, file, long_app, umlauts), LockResult::Locked);
   EXPECT_TRUE(c.IsLockedByMe(file, long_app, umlauts));
   EXPECT_FALSE(c.IsLockedByMe(file, long_app, "o" + umlauts.substr(2)));
 }
 
 TEST_F(LockTest, ReadOnlyOfferSaveModeAndSilentRefusal) {
-  Creator holder(platform);
+  Creator holder(platform, english);
   ASSERT_EQ(Take(holder, file, "Display", "op1"), LockResult::Locked);
-  Creator c(platform);
+  Creator c(platform, english);
   platform.answers = {kIdNo, kIdYes, kIdOk, kIdOk};
   EXPECT_EQ(Take(c, file, "", "", LockMode::OpenOrReadOnly, false), LockResult::Refused);
   EXPECT_FALSE(c.ReadOnly());
@@ -113,18 +114,18 @@ TEST_F(LockTest, ReadOnlyOfferSaveModeAndSilentRefusal) {
 
 TEST_F(LockTest, LockMovesToAnotherFileAndAFailedAttemptGivesTheOldLockUp) {
   const std::string other = folder / "other.clut", third = folder / "third.clut";
-  Creator c(platform);
+  Creator c(platform, english);
   ASSERT_EQ(Take(c, file), LockResult::Locked);
   ASSERT_EQ(Take(c, other), LockResult::Locked);
   EXPECT_FALSE(platform.FileExists(lock));
   EXPECT_EQ(c.LockedFileName(), other);
-  Creator elsewhere(platform);
+  Creator elsewhere(platform, english);
   ASSERT_EQ(Take(elsewhere, third), LockResult::Locked);
   EXPECT_EQ(Take(c, third), LockResult::Refused);
   // The failed attempt closed c's handle on other.clut.lock, but the file stays until c goes.
   EXPECT_TRUE(platform.FileExists(other + ".lock"));
   {
-    Creator taker(platform);
+    Creator taker(platform, english);
     EXPECT_EQ(Take(taker, other), LockResult::Locked);
   }
   // Taking the same file again after losing it keeps the file just opened.
@@ -136,7 +137,7 @@ TEST_F(LockTest, LeftoverLockFileOfACrashedHolderIsTakenOver) {
   ASSERT_TRUE(platform.WriteNewFile(lock, "Dead\r\nghost\r\nx\r\nFARHOST\r\n1\r\n0\r\nextra\r\n"));
   ASSERT_TRUE(platform.SetAttributes(lock, kAttrHidden | kAttrReadOnly));
   {
-    Creator c(platform);
+    Creator c(platform, english);
     EXPECT_EQ(Take(c, file, "Display", "op1"), LockResult::Locked);
     EXPECT_EQ(test::Read(lock), Me("Display", "op1"));
   }
@@ -154,7 +155,7 @@ TEST_F(LockTest, OddLockFilesOfALiveHolderStillGiveTheRefusal) {
     IoStatus status;
     auto held = platform.OpenLockFile(lock, status);  // a holder that wrote these bytes
     ASSERT_TRUE(held && held->Write(bytes));
-    Creator refused(platform);
+    Creator refused(platform, english);
     platform.answers = {kIdOk};
     EXPECT_EQ(Take(refused, file, "CallerApp", "caller", LockMode::Open, false), LockResult::Refused);
     const std::string text = platform.prompts.back().text;
@@ -167,7 +168,7 @@ TEST_F(LockTest, PlacesWhereNoLockCanBeMadeCountAsLocked) {
   ASSERT_TRUE(platform.CreateFolder(folder / "dir.clut.lock"));  // the lock's name is taken by a folder
   for (const std::string& target : {missing, folder / "dir.clut"}) {
     SCOPED_TRACE(target);
-    Creator c(platform);
+    Creator c(platform, english);
     platform.answers = {kIdNo};
     EXPECT_EQ(Take(c, target, "A", "U", LockMode::OpenOrReadOnly, false), LockResult::Refused);
     // Nothing could be read: the file name, the first text and the question only.

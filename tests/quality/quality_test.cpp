@@ -19,6 +19,7 @@ namespace {
 constexpr std::int32_t Rgb(int r, int g, int b) { return r | g << 8 | b << 16; }
 
 using test::SourceFile;
+const LanguageTexts english;  // the built-in texts
 
 // The data lines of a reference table: its "#" comments and the CSV header left out.
 std::vector<std::string> DataLines(const std::string& relative) {
@@ -124,11 +125,11 @@ TEST(QualityRules, TheProcessDisplayRuleHoldsWhatTheFourTabsColour) {
   ColorRowMapArray map;
   ColorTableArray unused;
   VoltageLevels levels{std::vector<std::string>(10, "level"), 10};
-  const VoltageRowNames voltage_names = InitColorRowMap(map, unused, levels, /*pipeline_enabled=*/true);
+  const VoltageRowNames voltage_names = InitColorRowMap(english, map, unused, levels, /*pipeline_enabled=*/true);
   std::set<int> drawn;
   for (int row = 0; row < kRowCount; ++row) {
     const int page = PlaceOfRow(row).page, index = FindColorRow(map, row);
-    const std::string name = RowName(row, voltage_names);
+    const std::string name = RowName(english, row, voltage_names);
     if (index >= 0 && (page == 0 || page == 1 || page == 10 || page == 11) && !name.ends_with(" BG") &&
         !name.starts_with("Reserved"))
       drawn.insert(index);
@@ -140,7 +141,7 @@ TEST(QualityRules, TheProcessDisplayRuleHoldsWhatTheFourTabsColour) {
 }
 
 TEST(QualityRules, NamesComeFromTheEditorsRows) {
-  const IndexCatalogue names;  // 259: reserved, no row
+  const IndexCatalogue names(english);  // 259: reserved, no row
   for (auto [index, label] : {std::pair<int, const char*>{45, "Alarm"}, {23, "Process Display Background"},
                               {110, "Highest Severity (Emergency)"}, {258, "Alarm Display: Text"},
                               {273, "Trends Display (Tabular View): Background Shading"}, {259, ""}, {80, "Voltage level 1"}})
@@ -150,7 +151,7 @@ TEST(QualityRules, NamesComeFromTheEditorsRows) {
 std::vector<Finding> CheckFile(const std::string& relative) {
   const std::string bytes = SourceFile(relative);
   EXPECT_EQ(SplitClutLines(bytes).lines.size(), 286u) << relative;
-  const IndexCatalogue names;
+  const IndexCatalogue names(english);
   return Check(ParseColourTable(bytes), [&](int index) { return names.Label(index); });
 }
 

@@ -292,7 +292,7 @@ TEST_F(Tqclut, FoldersGiveOneLinePerTableAndASummaryAndTheWorstExitCode) {
 
 TEST_F(Tqclut, AWriteIsRefusedNamingTheLocksHolderOrWhyNoLockFileCouldBeMade) {
   const std::string table = Write("QLT830_colors.clut", factory_);
-  clsLockFileCreator holder(p_);  // another editor, which tqclut meets only through the lock file
+  clsLockFileCreator holder(p_, LanguageTexts());  // another editor, which tqclut meets only through the lock file
   std::string holder_app = "Other Display", holder_user = "operator7";
   ASSERT_EQ(holder.CreateLockFile(table, holder_app, holder_user, LockMode::Open, true), LockResult::Locked);
   p_.allow_unscripted = true;  // the refusal is a message; tqclut's console answers it

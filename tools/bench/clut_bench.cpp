@@ -118,9 +118,10 @@ int main() {
   tq::ColorTableState state;
   state.ClutFileName = path;
   for (int i = 0; i < tq::kClutIndexCount; ++i) state.ColorRowMap[i] = static_cast<std::int16_t>(i);
-  const double load = Micros(rounds, [&] { tq::LoadColorTable(p, schemes, state, true, tq::LoadReport::Quiet); });
+  const double load = Micros(rounds, [&] { tq::LoadColorTable(p, schemes, state, true, tq::LoadReport::Quiet()); });
   int failed = 0;
-  const double save = Micros(rounds, [&] { failed += !tq::SaveColorTable(p, state); });
+  const tq::LanguageTexts english;
+  const double save = Micros(rounds, [&] { failed += !tq::SaveColorTable(p, english, state); });
 
   // Each run upgrades a fresh old file; their reference is the scheme folder's default one.
   std::string old = table;
@@ -130,7 +131,7 @@ int main() {
   int next = 0;
   const double upgrade = Micros(rounds, [&] {
     state.ClutFileName = dir / ("QLT830_old" + std::to_string(next++) + ".clut");
-    tq::CheckClutVersion(p, schemes, state, false, tq::LoadReport::Quiet);
+    tq::CheckClutVersion(p, schemes, state, false, tq::LoadReport::Quiet());
   });
 
   std::printf("colour table of %zu bytes, median of %d runs, %d failed operations\n", table.size(), rounds, failed);

@@ -7,6 +7,7 @@
 #include "colortable/color_table.h"
 #include "common/test_platform.h"
 #include "common/win_test_support.h"
+#include "support/localization.h"
 #include "support/utils.h"
 
 namespace tq {
@@ -33,7 +34,7 @@ class ClutWin : public ::testing::Test {
     Write(file, "[COLORSCHEMES]\r\nClutFile=" + value + "\r\n");
   }
   void ExpectWriteRefused(const std::string& before) {
-    EXPECT_FALSE(SaveColorTable(p, state));
+    EXPECT_FALSE(SaveColorTable(p, texts, state));
     EXPECT_EQ(Read(state.ClutFileName), before);
     for (const auto& name : p.ListFileNames(dir.path())) EXPECT_FALSE(name.ends_with(".tmp")) << name;
     ASSERT_EQ(p.prompts.size(), 1u);
@@ -47,6 +48,7 @@ class ClutWin : public ::testing::Test {
   }
   test::ScratchFolder dir, app, user;
   test::TestPlatform p;
+  const LanguageTexts texts;  // the built-in English ones
   ColorSchemeModule module;
   ColorTableState state;
 };
@@ -66,7 +68,7 @@ TEST_F(ClutWin, AReadOnlyFileOrOneHeldOpenByAnotherProcessIsNotReplacedAndTheUse
   holder.Kill();
   holder.Wait();
   p.prompts.clear();
-  EXPECT_TRUE(SaveColorTable(p, state));  // the same save goes through once it is closed
+  EXPECT_TRUE(SaveColorTable(p, texts, state));  // the same save goes through once it is closed
   EXPECT_EQ(ParseClutLine(SplitClutLines(Read(state.ClutFileName)).lines[7]), 0x102030);
 }
 
@@ -76,7 +78,7 @@ TEST_F(ClutWin, LoadUpgradesTheFileAndCopiesItOverTheToolkitsCopy) {
   Write(home / "etc\\QLT830_colors.clut", "old global copy");
   const auto value = test::RegistryValue::DVHome(home.path().substr(0, home.path().size() - 1));
   Write(state.ClutFileName, JoinClutLines(test::OwnLines("93.02")));
-  ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser(texts)));
   // The lines of the upgrade itself are the portable tests'.
   const std::string upgraded = Read(state.ClutFileName);
   EXPECT_NE(upgraded, JoinClutLines(test::OwnLines("93.02")));
@@ -84,7 +86,7 @@ TEST_F(ClutWin, LoadUpgradesTheFileAndCopiesItOverTheToolkitsCopy) {
   EXPECT_EQ(state.ColorIndexValue[256], 120 + 7 * 256 + 9 * 65536);
   // Loaded again: "93.07" now, nothing is rewritten.
   Write(home / "etc\\QLT830_colors.clut", "untouched");
-  ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser));
+  ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser(texts)));
   EXPECT_EQ(Read(home / "etc\\QLT830_colors.clut"), "untouched");
   EXPECT_TRUE(p.prompts.empty());
 }
@@ -154,10 +156,10 @@ TEST_F(ClutWin, InitColorSchemesSynchronisesAndResolvesTheTable) {
   Ini(app / "FrameWindow.ini", "QLT830_global.clut");
   const std::string app_folder = app.path();
   ColorSchemeModule fresh;
-  EXPECT_EQ(InitColorSchemes(p, fresh, state, app_folder, user.path(), ""), schemes() + "QLT830_global.clut");
+  EXPECT_EQ(InitColorSchemes(p, texts, fresh, state, app_folder, user.path(), ""), schemes() + "QLT830_global.clut");
   EXPECT_TRUE(test::RealPlatform().FileExists(schemes() + "QLT830_global.clut"));
   EXPECT_TRUE(EqualsIgnoreCase(p, state.ClutFileName, schemes() + "QLT830_global.clut"));
-  EXPECT_EQ(InitColorSchemes(p, fresh, state, app_folder, user.path(), "given.clut"), "given.clut");
+  EXPECT_EQ(InitColorSchemes(p, texts, fresh, state, app_folder, user.path(), "given.clut"), "given.clut");
   EXPECT_EQ(state.ClutFileName, "given.clut");  // missing: stored as given
   EXPECT_FALSE(state.ClutError);
 }

@@ -17,6 +17,7 @@ namespace tq {
 namespace {
 
 using Creator = clsLockFileCreator;
+const LanguageTexts english;  // the built-in texts
 using test::AnswerMessageBox;
 using test::HelperProcess;
 using test::W;
@@ -38,7 +39,7 @@ TEST(LockBetweenProcesses, RefusedSideNamesTheHolderAndTheUserChoosesAndAKilledH
   // On its own thread, as a user-interface thread with its own message box hook.
   std::thread([&] {
     Platform& platform = win::WinPlatform::Instance();
-    Creator c(platform);
+    Creator c(platform, english);
     const std::wstring title = W(GetString(1510) + " " + file);
 
     auto no = AnswerMessageBox(title, IDNO);
@@ -72,7 +73,7 @@ TEST(LockBetweenProcesses, RefusedSideNamesTheHolderAndTheUserChoosesAndAKilledH
   holder.Kill();  // no clean-up: the lock file stays behind, hidden
   ASSERT_TRUE(win::WinPlatform::Instance().FileExists(lock));
   {
-    Creator next(win::WinPlatform::Instance());
+    Creator next(win::WinPlatform::Instance(), english);
     std::string app = "Next", user = "op2";
     EXPECT_EQ(next.CreateLockFile(file, app, user, LockMode::OpenOrReadOnly, false), LockResult::Locked);
     EXPECT_TRUE(next.IsLockedByMe(file, "Next", "op2"));
