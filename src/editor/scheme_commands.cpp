@@ -192,6 +192,7 @@ void SchemeCommands::SaveAs() {
   const std::string path = platform_.AbsolutePath(folder + name);
   const EditedFile before = Edited();
   const bool switching = !EqualsIgnoreCase(platform_, path, s_.ClutFileName());
+  std::string made;  // the new file, which goes again when the save does not end in it
   if (switching) {
     // The folder may have gone since the list was made; the host creates our folders.
     if (!platform_.FolderExists(folder) && !CreateFolderViaHost(platform_, folder)) return;
@@ -200,6 +201,7 @@ void SchemeCommands::SaveAs() {
     // lines of a colour table are kept when the colours are written into it.
     const bool scheme = FindColorScheme(platform_, s_.Schemes(), path, position);
     if (!scheme || !platform_.FileExists(path)) {
+      if (!platform_.FileExists(path)) made = path;
       if (IoStatus copied = platform_.CopyFileTo(s_.ClutFileName(), path, true); !copied) {
         Ask(s_.Strings().Get(sid::kCannotWrite) + path + "\r\n" + copied.message + "\r\n\r\n" +
                 s_.Strings().Get(sid::kPreviousUnchanged),
@@ -211,23 +213,32 @@ void SchemeCommands::SaveAs() {
     // A name the list does not show (not a ".clut" file) is still the file edited now.
     SelectSilently(FindColorScheme(platform_, s_.Schemes(), path, position) ? position : -1);
     ApplyFile(path, false);
-    if (!EqualsIgnoreCase(platform_, s_.ClutFileName(), path)) return;  // refused: still on the old file
+    if (!EqualsIgnoreCase(platform_, s_.ClutFileName(), path)) return Unmake(made, before);  // refused
     if (!s_.EnableChanges()) {
       // Taken read-only: the colours could not be written there, so the editor goes back
       // to the file they can be saved to, with the changes still marked.
       ReturnTo(before);
-      return;
+      return Unmake(made, before);
     }
   }
   if (!SaveColorTable(platform_, s_.Strings(), s_.table_)) {
     s_.ClutError(false);  // the user has been told
     if (switching) ReturnTo(before);  // to a file OK can still save, the changes still marked
-    return;
+    return Unmake(made, before);
   }
   s_.ColorsSaved = true;
   s_.ColorsChanged = false;
   s_.history_.Clear();
   platform_.HostCall(kHostFileNotice, name);
+}
+
+// A Save As that did not end in the file it made leaves no copy of the old colours
+// behind under the new name.
+void SchemeCommands::Unmake(const std::string& made, const EditedFile& edited) {
+  if (made.empty() || !platform_.RemoveFile(made)) return;
+  LoadColorSchemeList(platform_, s_.schemes_);
+  int position = -1;
+  SelectSilently(FindColorScheme(platform_, s_.Schemes(), edited.path, position) ? position : -1);
 }
 
 // ---- Delete ----

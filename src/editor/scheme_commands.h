@@ -44,6 +44,7 @@ class SchemeCommands {
   EditedFile Edited() const;
   // Edits `file` again as it was edited (its lock taken again), with the scheme list on it.
   void ReturnTo(const EditedFile& file);
+  void Unmake(const std::string& made, const EditedFile& edited);
   void ApplyFile(const std::string& path, bool reload);
   // The Save As dialog's OK: the name to save as, or nullopt when it stays open.
   std::optional<std::string> AcceptName(const std::string& typed, const std::vector<std::string>& paths);
