@@ -106,8 +106,17 @@ TEST_F(EditorComforts, ClipboardEnterValueAndUndoAcrossAnImport) {
     steps.push_back(ExpectText(ids::kRgbLabel + kRow, shown));
   }
   const std::vector<Step> rest{
-      // Enter Value from the menu of Shift+F10: OK only for a colour.
-      ContextMenu(d, [](HWND e) { Type(e, {VK_SHIFT, VK_F10}); }, 'E', items),
+      // Enter Value from the menu of Shift+F10, typed with Shift let go before F10: OK
+      // only for a colour.
+      ContextMenu(d, [](HWND e) {
+        SetForegroundWindow(e);
+        INPUT keys[4]{};
+        for (int i = 0; i < 4; ++i) {
+          keys[i].type = INPUT_KEYBOARD;
+          keys[i].ki = {static_cast<WORD>(i % 2 ? VK_F10 : VK_SHIFT), 0, i >= 2 ? KEYEVENTF_KEYUP : 0u, 0, 0};
+        }
+        SendInput(4, keys, sizeof(INPUT));
+      }, 'E', items),
       Answer(Str(1627), 0),
       Do([&](HWND) {
         HWND dialog = Front(d.thread);
