@@ -99,18 +99,22 @@ bool EditorComforts::PreTranslate(EditorWindow& w, MSG& msg) {
   if (!key && !key_up) return false;
   const bool ctrl = GetKeyState(VK_CONTROL) < 0, shift = GetKeyState(VK_SHIFT) < 0, alt = GetKeyState(VK_MENU) < 0;
   const int row = RowOf(w, msg.hwnd);
-  // The context menu from the keyboard, on its own press: the default procedure would
-  // open it a second time on the release.
-  const bool menu_key = msg.wParam == VK_APPS || (msg.wParam == VK_F10 && shift && !ctrl);
-  if (menu_key && row >= 0) {
-    if (key) {
-      RECT r;
-      GetWindowRect(msg.hwnd, &r);
-      ShowMenu(w, row, {r.left, r.bottom});
-    }
+  // The context menu from the keyboard is the default procedure's WM_CONTEXTMENU at
+  // (-1, -1), decided on the key's press: Shift may be let go before F10 is. The key's
+  // repeats and its release are swallowed, whatever Shift does meanwhile: the default
+  // procedure would open the menu again, or start menu mode on F10's release.
+  if (msg.wParam == w.menu_key_ && (key_up || (msg.lParam & (1 << 30)))) {  // its release or a repeat
+    if (key_up) w.menu_key_ = 0;
     return true;
   }
-  if (!key || !ctrl || alt || shift) return false;
+  if (key_up) return false;
+  w.menu_key_ = 0;
+  if (row >= 0 && (msg.wParam == VK_APPS || (msg.wParam == VK_F10 && shift && !ctrl && !alt))) {
+    w.menu_key_ = msg.wParam;
+    SendMessageW(msg.hwnd, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(msg.hwnd), MAKELPARAM(-1, -1));
+    return true;
+  }
+  if (!ctrl || alt || shift) return false;
   switch (msg.wParam) {
     case 'C':
       if (row < 0) return false;

@@ -139,6 +139,7 @@ class EditorWindow final : public EditorView {
   std::wstring file_tip_;
   bool closing_ = false;
   HWND find_box_ = nullptr;  // owned by the editor's window
+  WPARAM menu_key_ = 0;      // the key that opened the context menu, until its release
   std::unique_ptr<CheckUi> checks_;  // markers, check window, simulated vision
 };
 

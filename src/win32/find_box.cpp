@@ -63,13 +63,15 @@ INT_PTR CALLBACK FindProc(HWND box, UINT message, WPARAM wparam, LPARAM lparam) 
 }  // namespace
 
 HWND OpenFindBox(HWND editor, FindBoxEvents events) {
-  constexpr short kWidth = 180, kHeight = 26, kMargin = 6, kLabelWidth = 66;
+  // A gap between the label and the text box: without one, rounding dialog units to
+  // pixels makes them overlap at some DPIs.
+  constexpr short kWidth = 180, kHeight = 26, kMargin = 6, kLabelWidth = 64, kGap = 2;
   TemplateBuilder dialog(DS_SETFONT | DS_MODALFRAME | WS_POPUP | WS_CAPTION | WS_SYSMENU, kWidth, kHeight,
                          L"MS Shell Dlg", 8);
   dialog.Add(kStaticAtom, ids::kFindLabel, SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE, kMargin, kMargin, kLabelWidth,
              14);
-  dialog.Add(kEditAtom, ids::kFindEdit, ES_LEFT | ES_AUTOHSCROLL | WS_BORDER | WS_TABSTOP, kMargin + kLabelWidth,
-             kMargin, kWidth - 2 * kMargin - kLabelWidth, 14);
+  dialog.Add(kEditAtom, ids::kFindEdit, ES_LEFT | ES_AUTOHSCROLL | WS_BORDER | WS_TABSTOP,
+             kMargin + kLabelWidth + kGap, kMargin, kWidth - 2 * kMargin - kLabelWidth - kGap, 14);
   auto* owned = new FindBoxEvents(std::move(events));
   HWND box = CreateDialogIndirectParamW(ThisModule(), dialog.Template(), editor, &FindProc,
                                         reinterpret_cast<LPARAM>(owned));

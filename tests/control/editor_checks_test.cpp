@@ -26,11 +26,15 @@ class EditorChecks : public EditorWindow {
     SendMessageW(list, LVM_GETITEMTEXTW, item, reinterpret_cast<LPARAM>(&lv));
     return text;
   }
-  static COLORREF Swatch(HWND editor, int row) {
+  // The middle of a row's swatch once it is `expected`, or as it is after 2 s: what the
+  // window paints reaches the screen a little later.
+  static COLORREF Swatch(HWND editor, int row, COLORREF expected) {
     HWND button = Item(editor, ids::kColorButton + row);
     RECT r;
     GetClientRect(button, &r);
-    return Pixel(button, r.right / 2, r.bottom / 2);
+    COLORREF seen = Pixel(button, r.right / 2, r.bottom / 2);
+    for (int i = 0; i < 100 && seen != expected; ++i, Sleep(20)) seen = Pixel(button, r.right / 2, r.bottom / 2);
+    return seen;
   }
 };
 
@@ -57,21 +61,38 @@ TEST_F(EditorChecks, AMarkerFollowsItsFindingAndTheCheckWindowLeadsToTheRowAndSi
       marked(false),
       Pick(122, background),
       Pick(121, red),
-      Do([&](HWND e) { EXPECT_EQ(Swatch(e, 121), red); }),
-      Tab(0),
+      Do([&](HWND e) { EXPECT_EQ(Swatch(e, 121, red), red); }),
       Do([&](HWND e) {
         w = OpenChecks(d, e);
         ASSERT_TRUE(w);
         EXPECT_EQ(Text(w, ids::kChecksSummary), L"48 findings in 7 rules");  // the classic scheme's 47 and this one
-        // Enter on the alarm list's finding: back to its page, its text's colour button focused.
         HWND list = Item(w, ids::kFindingsList);
-        const int count = static_cast<int>(SendMessageW(list, LVM_GETITEMCOUNT, 0, 0));
-        for (int i = 0; i < count; ++i)
-          if (Cell(list, i, 0) == L"text.alarm_list") {
-            LVITEMW state{};
-            state.stateMask = state.state = LVIS_SELECTED | LVIS_FOCUSED;
-            SendMessageW(list, LVM_SETITEMSTATE, i, reinterpret_cast<LPARAM>(&state));
-          }
+        // Clicks the first finding of `colours`, as the user does, `clicks` times; waits
+        // until the input is taken, which `taken` tells.
+        auto click = [&](const std::wstring& colours, int clicks, const std::function<bool()>& taken) {
+          const int count = static_cast<int>(SendMessageW(list, LVM_GETITEMCOUNT, 0, 0));
+          int i = 0;
+          while (i < count && Cell(list, i, 1).rfind(colours, 0) != 0) ++i;
+          SendMessageW(list, LVM_ENSUREVISIBLE, i, FALSE);
+          RECT r{LVIR_LABEL};
+          SendMessageW(list, LVM_GETITEMRECT, i, reinterpret_cast<LPARAM>(&r));
+          POINT at{(r.left + r.right) / 2, (r.top + r.bottom) / 2};
+          ClientToScreen(list, &at);
+          SetForegroundWindow(w);
+          SetCursorPos(at.x, at.y);
+          std::vector<INPUT> input(2 * clicks, INPUT{INPUT_MOUSE});
+          for (std::size_t k = 0; k < input.size(); ++k)
+            input[k].mi.dwFlags = k % 2 ? MOUSEEVENTF_LEFTUP : MOUSEEVENTF_LEFTDOWN;
+          SendInput(static_cast<UINT>(input.size()), input.data(), sizeof(INPUT));
+          for (int k = 0; k < 250 && !taken(); ++k) Sleep(20);
+        };
+        // A double click on two tagout severities: to the State tab's Tagout category, the
+        // first colour's button focused.
+        click(L"112 High (Critical) / 113", 2, [&] { return ShownPage(e) == 0; });
+        EXPECT_EQ(Text(e, ids::kCategoryCombo), L"Tagout");
+        EXPECT_EQ(WindowText(Focus(d)), L"High (Critical)");
+        // Enter on the alarm list's finding: back to its page, its text's colour button focused.
+        click(L"258 Text / 256", 1, [&] { return Focus(d) == list; });
         Type(w, {VK_RETURN});
         EXPECT_EQ(ShownPage(e), 3);
         EXPECT_EQ(Focus(d), Item(e, ids::kColorButton + 122));
@@ -80,13 +101,13 @@ TEST_F(EditorChecks, AMarkerFollowsItsFindingAndTheCheckWindowLeadsToTheRowAndSi
         SendMessageW(combo, CB_SETCURSEL, 2, 0);
         SendMessageW(w, WM_COMMAND, MAKEWPARAM(ids::kVisionCombo, CBN_SELCHANGE), reinterpret_cast<LPARAM>(combo));
         EXPECT_EQ(WindowText(e), title + L" - Simulated: Deuteranopia");
-        EXPECT_EQ(Swatch(e, 121), seen);
+        EXPECT_EQ(Swatch(e, 121, seen), seen);
         EXPECT_EQ(Text(e, ids::kRgbLabel + 121), L"(255, 0, 0)");
         // Closing the check window returns to normal vision.
         Click(w, ids::kCheckClose);
         for (int i = 0; i < 250 && IsWindow(w); ++i) Sleep(20);
         EXPECT_EQ(WindowText(e), title);
-        EXPECT_EQ(Swatch(e, 121), red);
+        EXPECT_EQ(Swatch(e, 121, red), red);
       }),
       Press(ids::kCancel),
   });

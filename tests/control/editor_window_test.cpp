@@ -314,17 +314,41 @@ TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
             problems.push_back("page " + std::to_string(page) + "." + std::to_string(category) + ": " + p);
         }
       }
-      // The check window beside it, with its list, vision and preview.
-      PostMessageW(e, WM_COMMAND, ids::kCheckColorsItem, 0);
-      if (HWND w = WaitForWindow([](HWND hwnd) { return HasClass(hwnd, ids::kCheckClass); }, d.thread)) {
+      // The check window beside it, with its list, vision and preview; the find box and
+      // the Enter Value dialog over it. Each is opened by posted messages or keys and
+      // waited for with a timeout: a modal loop must not hold this thread.
+      auto opened = [&](const std::string& name, const std::function<bool(HWND)>& match) {
+        HWND w = WaitForWindow(match, d.thread);
+        if (!w) {
+          problems.push_back("no " + name);
+          return;
+        }
         Idle(w);
-        for (const std::string& p : LayoutProblems(w)) problems.push_back("check window: " + p);
+        for (const std::string& p : LayoutProblems(w)) problems.push_back(name + ": " + p);
         RECT r;
         GetWindowRect(w, &r);
-        if (r.bottom > work.bottom || r.right > work.right) problems.push_back("check window larger than the screen");
-        PostMessageW(w, WM_CLOSE, 0, 0);
+        if (r.bottom > work.bottom || r.right > work.right) problems.push_back(name + " larger than the screen");
+        PostMessageW(w, WM_CLOSE, 0, 0);  // the close box: Cancel for the dialogs
+        for (int i = 0; i < 250 && IsWindow(w); ++i) Sleep(20);
+      };
+      auto with_item = [](int id) { return [id](HWND w) { return GetDlgItem(w, id) != nullptr; }; };
+      PostMessageW(e, WM_COMMAND, ids::kCheckColorsItem, 0);
+      opened("check", [](HWND w) { return HasClass(w, ids::kCheckClass); });
+      Type(e, {VK_CONTROL, 'F'});
+      opened("find", with_item(ids::kFindEdit));
+      // Enter Value by its access key in this language.
+      ClickTab(e, 0);
+      HWND button = Item(e, ids::kColorButton);
+      PostMessageW(button, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(button), MAKELPARAM(-1, -1));
+      if (HWND menu = WaitForWindow([](HWND w) { return HasClass(w, L"#32768"); }, d.thread)) {
+        wchar_t item[64] = L"";
+        GetMenuStringW(reinterpret_cast<HMENU>(SendMessageW(menu, MN_GETHMENU, 0, 0)), ids::kEnterValueItem, item, 64,
+                       MF_BYCOMMAND);
+        const wchar_t* key = wcschr(item, L'&');
+        Type(menu, {static_cast<WORD>(towupper(key ? key[1] : L'?'))});
+        opened("value", with_item(ids::kValueEdit));
       } else {
-        problems.push_back("no check window");
+        problems.push_back("no context menu");
       }
       Click(e, ids::kCancel);
       WaitForShows(d, 1);

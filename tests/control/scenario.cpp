@@ -1,6 +1,7 @@
 #include "control/scenario.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <future>
 
 namespace editor_test {
@@ -38,6 +39,22 @@ void WaitAnswered(HWND dialog) {
 
 HWND WaitForDialog(DWORD thread, const std::function<bool(HWND)>& match) {
   return WaitForWindow([&](HWND w) { return IsDialog(w) && IsWindowEnabled(w) && match(w); }, thread);
+}
+
+// What a failed test left open on the display's thread is closed, as far as a user
+// could: its menus cancelled, its dialogs too, then the display itself, which takes
+// the editor with it. Returns the titles of what was open.
+std::string CloseWhatIsOpen(DWORD thread) {
+  std::string open;
+  EachThreadWindow(thread, [&](HWND w) {
+    if (!IsWindowVisible(w)) return true;
+    open += " [" + U8(WindowText(w)) + "]";
+    if (HasClass(w, L"#32768")) PostMessageW(w, WM_CANCELMODE, 0, 0);
+    else if (IsDialog(w)) PostMessageW(w, WM_COMMAND, IDCANCEL, 0);
+    else if (WindowText(w) == L"Process display") PostMessageW(w, WM_CLOSE, 0, 0);
+    return true;
+  });
+  return open;
 }
 
 }  // namespace
@@ -169,7 +186,18 @@ void EditorWindow::Run(Display& d, const std::function<void()>& drive) {
   });
   started.get_future().wait();
   drive();
-  ASSERT_EQ(host.wait_for(std::chrono::seconds(60)), std::future_status::ready) << "the editor did not close";
+  if (host.wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
+    // The display's thread must end before this one may go on: rather than wait for
+    // ever, the test fails, and the process with it if nothing closes.
+    ADD_FAILURE() << "the editor did not close; open:" << CloseWhatIsOpen(d.thread);
+    for (int i = 0; i < 20 && host.wait_for(std::chrono::seconds(1)) != std::future_status::ready; ++i)
+      CloseWhatIsOpen(d.thread);
+    if (host.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
+      std::fflush(stdout);
+      std::fputs("the display's thread does not end: stopped\n", stderr);
+      TerminateProcess(GetCurrentProcess(), 1);
+    }
+  }
   host.get();
 }
 

@@ -121,7 +121,9 @@ class EditorWindow : public ::testing::Test {
   std::string Scheme(const std::string& name) { return app_ + "ColorSchemes\\" + name; }
 
   // Runs the display on a thread of its own (its session ends with the thread) while
-  // `drive` acts on the editor from this thread.
+  // `drive` acts on the editor from this thread. What opens a menu or a dialog is
+  // posted, never sent: a sent message returns only once their modal loop has ended.
+  // An editor still open after `drive` fails the test.
   void Run(Display& d, const std::function<void()>& drive);
   // Opens the editor and plays `steps` on it; the last step closes it.
   void Play(Display& d, const std::vector<Step>& steps);
