@@ -1,5 +1,6 @@
 // The editor's colour checks under UI automation: a row's marker follows its finding,
-// the check window leads to the row and simulates a vision; read-only editors mark too.
+// the check window leads to the row and simulates a vision (a read-only editor's markers
+// are seen in the comforts' read-only test).
 #include "control/scenario.h"
 
 #include "quality/color_quality.h"
@@ -111,25 +112,6 @@ TEST_F(EditorChecks, AMarkerFollowsItsFindingAndTheCheckWindowLeadsToTheRowAndSi
       }),
       Press(ids::kCancel),
   });
-}
-
-TEST_F(EditorChecks, AReadOnlyEditorMarksItsRowsToo) {
-  Display d;
-  d.enable = false;
-  std::wstring normal_row, tip;
-  bool button_enabled = true;
-  Run(d, [&] {
-    HWND e = Editor(d);
-    ASSERT_TRUE(e);
-    button_enabled = Enabled(e, ids::kColorButton + 19);
-    normal_row = Text(e, ids::kFindingMarker + 19);  // Status: Normal (index 32)
-    tip = Tip(d, e, Item(e, ids::kFindingMarker + 19));
-    Click(e, ids::kCancel);
-  });
-  EXPECT_FALSE(button_enabled);
-  EXPECT_EQ(tip, normal_row);
-  EXPECT_EQ(normal_row.substr(0, normal_row.find(L';')),
-            L"Hard to tell from Measurement High Warning for protanopia (\u0394E 5.1, needs 10)");
 }
 
 }  // namespace

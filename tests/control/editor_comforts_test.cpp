@@ -168,11 +168,18 @@ TEST_F(EditorComforts, FindGoesAcrossTabsAndCategoriesInTheEditorsLanguageAndLea
   EXPECT_EQ(primary, std::vector<int>{1});
 }
 
-TEST_F(EditorComforts, ReadOnlyOffersOnlyCopyAndFind) {
+// A read-only editor: the menu offers only Copy and Find, nothing changes a colour,
+// and the rows still carry their findings' markers.
+TEST_F(EditorComforts, ReadOnlyOffersOnlyCopyAndFindAndStillMarksItsRows) {
   Display d;
   d.enable = false;
   std::vector<std::wstring> items;
+  std::wstring marker, tip;
   Play(d, {
+      Do([&](HWND e) {
+        marker = Text(e, ids::kFindingMarker + 19);  // Status: Normal (index 32)
+        tip = Tip(d, e, Item(e, ids::kFindingMarker + 19));
+      }),
       // A disabled button takes no click: its frame opens the menu for the row under the mouse.
       ContextMenu(d, [](HWND e) {
         RECT r;
@@ -190,6 +197,9 @@ TEST_F(EditorComforts, ReadOnlyOffersOnlyCopyAndFind) {
   EXPECT_EQ(items, (std::vector<std::wstring>{L"&" + Str(1620), L"&" + Str(1621) + L" (off)", L"&" + Str(1622) + L" (off)",
                                               L"&" + Str(1623) + L" (off)", L"&" + Str(1624) + L" (off)", L"Re&do (off)",
                                               L"&" + Str(1626)}));
+  EXPECT_EQ(tip, marker);
+  EXPECT_EQ(marker.substr(0, marker.find(L';')),
+            L"Hard to tell from Measurement High Warning for protanopia (\u0394E 5.1, needs 10)");
 }
 
 }  // namespace
