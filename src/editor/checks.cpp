@@ -65,6 +65,10 @@ EditorChecks::EditorChecks() {
 }
 
 void EditorChecks::Reset(const quality::ColourTable& colours) {
+  // The same colours give the same findings: an editor opened again on an unchanged
+  // table measures nothing again.
+  if (evaluated_ && colours == colours_) return;
+  evaluated_ = true;
   colours_ = colours;
   const auto& rules = quality::Rules();
   for (std::size_t r = 0; r < rules.size(); ++r) by_rule_[r] = quality::CheckRule(rules[r], colours_, nullptr);

@@ -44,6 +44,7 @@ class EditorChecks {
 
  private:
   quality::ColourTable colours_{};
+  bool evaluated_ = false;  // colours_ and by_rule_ belong together
   std::vector<std::vector<quality::Finding>> by_rule_;        // per rule of Rules()
   std::array<std::vector<int>, kClutIndexCount> rules_of_;  // the rules naming each index
 };

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <iterator>
 #include <numbers>
+#include <utility>
 
 
 namespace tq::quality {
@@ -13,7 +14,6 @@ namespace {
 
 constexpr double kDegrees = 180.0 / std::numbers::pi;
 
-double Channel(std::int32_t colour, int shift) { return ((colour >> shift) & 0xFF) / 255.0; }
 
 double ToByte(double encoded) { return std::round(std::clamp(encoded, 0.0, 1.0) * 255.0); }
 
@@ -75,7 +75,14 @@ double EncodeSrgb(double linear) {
 }
 
 LinearRgb ToLinear(std::int32_t colour) {
-  return {DecodeSrgb(Channel(colour, 0)), DecodeSrgb(Channel(colour, 8)), DecodeSrgb(Channel(colour, 16))};
+  // Each of the 256 channel values decoded once: the rules convert thousands of colours,
+  // and pow is slow in some C runtimes (the Windows one among them).
+  static const std::array<double, 256> decoded = [] {
+    std::array<double, 256> table{};
+    for (int v = 0; v < 256; ++v) table[v] = DecodeSrgb(v / 255.0);
+    return table;
+  }();
+  return {decoded[colour & 0xFF], decoded[(colour >> 8) & 0xFF], decoded[(colour >> 16) & 0xFF]};
 }
 
 std::int32_t FromLinear(const LinearRgb& rgb) {
@@ -88,9 +95,12 @@ double RelativeLuminance(std::int32_t colour) {
   return 0.2126 * c.r + 0.7152 * c.g + 0.0722 * c.b;
 }
 
+namespace {
+double ContrastOfLuminances(double a, double b) { return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05); }
+}  // namespace
+
 double ContrastRatio(std::int32_t first, std::int32_t second) {
-  const double a = RelativeLuminance(first), b = RelativeLuminance(second);
-  return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+  return ContrastOfLuminances(RelativeLuminance(first), RelativeLuminance(second));
 }
 
 Lab ToLab(std::int32_t colour) {
@@ -101,10 +111,19 @@ Lab ToLab(std::int32_t colour) {
   return {116 * fy - 16, 500 * (fx - fy), 200 * (fy - fz)};
 }
 
+namespace {
+// Multiplied out: pow is slow in some C runtimes, and the rules measure thousands of pairs.
+double Pow7(double x) {
+  const double x2 = x * x;
+  return x2 * x2 * x2 * x;
+}
+constexpr double k25Pow7 = 6103515625.0;
+}  // namespace
+
 double Ciede2000(const Lab& first, const Lab& second) {
   const double c_mean = (std::hypot(first.a, first.b) + std::hypot(second.a, second.b)) / 2;
-  const double c7 = std::pow(c_mean, 7);
-  const double g = 0.5 * (1 - std::sqrt(c7 / (c7 + std::pow(25.0, 7))));
+  const double c7 = Pow7(c_mean);
+  const double g = 0.5 * (1 - std::sqrt(c7 / (c7 + k25Pow7)));
   const double a1 = (1 + g) * first.a, a2 = (1 + g) * second.a;
   const double c1 = std::hypot(a1, first.b), c2 = std::hypot(a2, second.b);
   const double h1 = Hue(first.b, a1), h2 = Hue(second.b, a2);
@@ -132,9 +151,10 @@ double Ciede2000(const Lab& first, const Lab& second) {
   }
   const double t = 1 - 0.17 * CosDeg(h_bar - 30) + 0.24 * CosDeg(2 * h_bar) + 0.32 * CosDeg(3 * h_bar + 6) -
                    0.20 * CosDeg(4 * h_bar - 63);
-  const double d_theta = 30 * std::exp(-std::pow((h_bar - 275) / 25, 2));
-  const double c_bar7 = std::pow(c_bar, 7);
-  const double rc = 2 * std::sqrt(c_bar7 / (c_bar7 + std::pow(25.0, 7)));
+  const double h_off = (h_bar - 275) / 25;
+  const double d_theta = 30 * std::exp(-h_off * h_off);
+  const double c_bar7 = Pow7(c_bar);
+  const double rc = 2 * std::sqrt(c_bar7 / (c_bar7 + k25Pow7));
   const double l50 = (l_bar - 50) * (l_bar - 50);
   const double sl = 1 + 0.015 * l50 / std::sqrt(20 + l50);
   const double sc = 1 + 0.045 * c_bar;
@@ -273,11 +293,24 @@ std::vector<Finding> CheckRule(const Rule& rule, const ColourTable& colours, con
   const std::vector<Pair> pairs = PairsOf(rule);
   for (Vision vision : kVisions) {
     if (vision != Vision::Normal && !rule.all_visions) break;
+    // Each colour simulated and measured once, not once for every pair it is in.
+    std::array<bool, kClutIndexCount> known{};
+    std::array<Lab, kClutIndexCount> lab;
+    std::array<double, kClutIndexCount> luminance;
+    auto know = [&](int index) {
+      if (std::exchange(known[index], true)) return;
+      const std::int32_t seen = Simulate(colours[index], vision);
+      if (rule.measure == Measure::Contrast)
+        luminance[index] = RelativeLuminance(seen);
+      else
+        lab[index] = ToLab(seen);
+    };
     for (const Pair& p : pairs) {
-      const std::int32_t a = colours[p.first], b = colours[p.second];
-      if (!Usable(a) || !Usable(b)) continue;
-      const std::int32_t sa = Simulate(a, vision), sb = Simulate(b, vision);
-      const double value = rule.measure == Measure::Contrast ? ContrastRatio(sa, sb) : Ciede2000(sa, sb);
+      if (!Usable(colours[p.first]) || !Usable(colours[p.second])) continue;
+      know(p.first);
+      know(p.second);
+      const double value = rule.measure == Measure::Contrast ? ContrastOfLuminances(luminance[p.first], luminance[p.second])
+                                                             : Ciede2000(lab[p.first], lab[p.second]);
       findings.push_back({rule.id, {p.first, p.second}, {name(p.first), name(p.second)}, VisionName(vision),
                           rule.measure, value, rule.minimum, true, value >= rule.minimum,
                           rule.enhanced > 0 && value >= rule.enhanced});
