@@ -53,6 +53,9 @@ class CheckUi {
   // The editor's controls were made again (another DPI): the markers went with them.
   void ForgetMarkers();
 
+  // The frame's paint: the markers of its rows (their windows paint nothing).
+  void PaintMarkers(HWND frame, HDC dc);
+
   // More > Check Colors...: opens the window, or activates the one that is open.
   void OpenWindow();
   HWND Window() const { return window_; }

@@ -338,6 +338,7 @@ LRESULT CALLBACK EditorWindow::FrameProc(HWND hwnd, UINT message, WPARAM wparam,
     RECT rect;
     GetClientRect(hwnd, &rect);
     DrawEdge(dc, &rect, EDGE_ETCHED, BF_RECT);
+    self.checks_->PaintMarkers(hwnd, dc);
     EndPaint(hwnd, &paint);
     return 0;
   });

@@ -49,8 +49,20 @@ TEST_F(EditorChecks, AMarkerFollowsItsFindingAndTheCheckWindowLeadsToTheRowAndSi
   d.tab = 4;  // Alarm Display: background row 120 (index 256), gridline 121, text 122 (258)
   std::wstring title;
   HWND w = nullptr;
-  auto marked = [](bool expected) {
-    return Do([expected](HWND e) { EXPECT_EQ(Item(e, ids::kFindingMarker + 122) != nullptr, expected); });
+  // The marker window, and its triangle, which the frame draws (the place it had stays
+  // known when it goes).
+  RECT place{};
+  auto marked = [&place](bool expected) {
+    return Do([expected, &place](HWND e) {
+      HWND marker = Item(e, ids::kFindingMarker + 122);
+      EXPECT_EQ(marker != nullptr, expected);
+      if (marker) GetWindowRect(marker, &place);
+      RECT editor;
+      GetWindowRect(e, &editor);
+      const COLORREF middle =
+          Pixel(e, (place.left + place.right) / 2 - editor.left, (place.top + place.bottom) / 2 - editor.top);
+      if (place.right) EXPECT_EQ(middle != GetSysColor(COLOR_BTNFACE), expected);
+    });
   };
   Play(d, {
       Do([&](HWND e) { title = WindowText(e); }),
@@ -58,6 +70,7 @@ TEST_F(EditorChecks, AMarkerFollowsItsFindingAndTheCheckWindowLeadsToTheRowAndSi
       // The text on its own background: a finding; its old colour again: none.
       Pick(122, background),
       ExpectText(ids::kFindingMarker + 122, L"Too little contrast with Background (1:1, needs 4.5:1)"),
+      marked(true),
       Pick(122, text),
       marked(false),
       Pick(122, background),
