@@ -95,9 +95,10 @@ TEST_F(EditorComforts, ClipboardEnterValueAndUndoAcrossAnImport) {
       Keys({VK_CONTROL, 'C'}),
       Do([&](HWND) { copied = ClipboardText(); }),
   };
-  // A colour pasted; junk changes nothing (the formats are the parser's tests' subject).
-  const std::pair<const wchar_t*, const wchar_t*> pastes[] = {{L" 70 80 90 ", L"(70, 80, 90)"},
-                                                              {L"junk", L"(70, 80, 90)"}};
+  // Each format people copy pasted; junk changes nothing (its kinds are the parser's tests').
+  const std::pair<const wchar_t*, const wchar_t*> pastes[] = {
+      {L"#0A141E", L"(10, 20, 30)"}, {L"281e32", L"(40, 30, 50)"}, {L" 40, 50, 60 ", L"(40, 50, 60)"},
+      {L"70 80 90", L"(70, 80, 90)"}, {L"junk", L"(70, 80, 90)"}};
   for (const auto& [text, shown] : pastes) {
     steps.push_back(PutText(text));
     steps.push_back(Keys({VK_CONTROL, 'V'}));
