@@ -39,13 +39,7 @@ CheckUi::~CheckUi() {
 }
 
 bool CheckUi::RegisterClasses() {
-  WNDCLASSEXW c{};
-  c.cbSize = sizeof c;
-  c.lpfnWndProc = &CheckUi::WindowProc;
-  c.hInstance = ThisModule();
-  c.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-  c.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
-  c.lpszClassName = ids::kCheckClass;
+  const WNDCLASSEXW c = DialogLikeClass(&CheckUi::WindowProc, ids::kCheckClass);
   return RegisterClassExW(&c) || GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
 }
 

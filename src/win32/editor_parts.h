@@ -64,6 +64,18 @@ class TextMeter {
 // Gives the caption an access key: its first letter not taken yet by another one.
 std::wstring WithMnemonic(const std::wstring& text, std::wstring& taken);
 
+// A window class of ours as a dialog looks: the arrow cursor on the button face.
+inline WNDCLASSEXW DialogLikeClass(WNDPROC procedure, const wchar_t* name) {
+  WNDCLASSEXW c{};
+  c.cbSize = sizeof c;
+  c.lpfnWndProc = procedure;
+  c.hInstance = ThisModule();
+  c.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+  c.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
+  c.lpszClassName = name;
+  return c;
+}
+
 // A row's colour as the screen paints it: the system's button face stands for itself.
 COLORREF Resolve(std::int32_t colour);
 

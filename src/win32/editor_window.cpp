@@ -95,21 +95,10 @@ COLORREF Resolve(std::int32_t colour) {
 long EditorWindow::LiveWindows() { return InterlockedCompareExchange(&g_live_windows, 0, 0); }
 
 bool EditorWindow::RegisterClasses() {
-  WNDCLASSEXW editor{};
-  editor.cbSize = sizeof editor;
-  editor.lpfnWndProc = &EditorWindow::WindowProc;
-  editor.hInstance = ThisModule();
-  editor.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-  editor.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
-  editor.lpszClassName = ids::kEditorClass;
+  WNDCLASSEXW editor = DialogLikeClass(&EditorWindow::WindowProc, ids::kEditorClass);
   editor.hIcon = LoadIconW(nullptr, IDI_APPLICATION);
-  WNDCLASSEXW panel = editor;
-  panel.lpfnWndProc = &EditorWindow::PanelProc;
-  panel.lpszClassName = kPanelClass;
-  panel.hIcon = nullptr;
-  WNDCLASSEXW frame = panel;
-  frame.lpfnWndProc = &EditorWindow::FrameProc;
-  frame.lpszClassName = kFrameClass;
+  const WNDCLASSEXW panel = DialogLikeClass(&EditorWindow::PanelProc, kPanelClass);
+  const WNDCLASSEXW frame = DialogLikeClass(&EditorWindow::FrameProc, kFrameClass);
   // Once: two threads opening their first editor at the same moment both get it. A
   // failure is not remembered, so a later editor tries again.
   WindowClasses classes{editor, panel, frame};
