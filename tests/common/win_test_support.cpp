@@ -1,7 +1,5 @@
 #include "common/win_test_support.h"
 
-#include <psapi.h>
-
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -204,19 +202,6 @@ std::future<BoxSeen> AnswerMessageBox(const std::wstring& title, int item) {
     PressButton(box, item);
     return seen;
   });
-}
-
-ProcessFigures::ProcessFigures() {
-  HANDLE probe = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-  next_handle = reinterpret_cast<std::uintptr_t>(probe);
-  CloseHandle(probe);
-  PROCESS_MEMORY_COUNTERS memory{};
-  memory.cb = sizeof memory;
-  GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);
-  working_set = memory.WorkingSetSize;
-  pagefile = memory.PagefileUsage;
-  gdi_objects = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
-  user_objects = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);
 }
 
 }  // namespace tq::test

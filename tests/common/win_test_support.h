@@ -98,15 +98,6 @@ class RegistryValue {
   REGSAM view_;
 };
 
-// What the process uses, for leak checks. Wine does not count handles or GDI objects
-// (GetProcessHandleCount and GetGuiResources answer 0): the value of a fresh handle
-// shows whether the handle table grew.
-struct ProcessFigures {
-  std::size_t next_handle = 0, working_set = 0, pagefile = 0;
-  DWORD gdi_objects = 0, user_objects = 0;
-  ProcessFigures();
-};
-
 std::wstring W(const std::string& utf8);
 std::string U8(const std::wstring& wide);
 

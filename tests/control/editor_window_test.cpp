@@ -390,47 +390,4 @@ TEST_F(EditorWindow, AnotherMonitorsDpiRemakesTheControlsWhereTheSystemSuggests)
   EXPECT_TRUE(problems.empty()) << problems.size() << " problems, first: " << problems.front();
 }
 
-TEST_F(EditorWindow, TwoHundredOpeningsLeaveHandlesGdiUserObjectsAndMemoryFlat) {
-  // Wine counts no USER objects either: the windows of the display's thread stand in.
-  struct Use {
-    ProcessFigures process;
-    DWORD windows = 0;
-  };
-  auto measure = [](const Display& d) {
-    Use use;
-    EachThreadWindow(d.thread, [&](HWND hwnd) {
-      ++use.windows;
-      EachDescendant(hwnd, [&](HWND) { return ++use.windows, true; });
-      return true;
-    });
-    return use;
-  };
-  constexpr int kOpenings = 200, kWarmUp = 10;
-  Display d;
-  d.shows = kOpenings;
-  Use warm{}, last{};
-  Run(d, [&] {
-    for (int i = 0; i < kOpenings; ++i) {
-      HWND e = Editor(d);
-      ASSERT_TRUE(e) << "opening " << i;
-      if (i == kWarmUp) warm = measure(d);
-      if (i == kOpenings - 1) last = measure(d);
-      ClickTab(e, i % 9);  // every page gets built now and then
-      Click(e, ids::kCancel);
-      WaitForShows(d, i + 1);
-    }
-  });
-  const ProcessFigures &a = warm.process, &b = last.process;
-  std::printf("after %d and %d openings: next handle %zu -> %zu, GDI %lu -> %lu, USER %lu -> %lu, "
-              "windows %lu -> %lu, committed KiB %zu -> %zu\n",
-              kWarmUp, kOpenings, a.next_handle, b.next_handle, a.gdi_objects, b.gdi_objects, a.user_objects,
-              b.user_objects, warm.windows, last.windows, a.pagefile / 1024, b.pagefile / 1024);
-  EXPECT_EQ(d.results.size(), static_cast<std::size_t>(kOpenings));
-  EXPECT_LE(b.next_handle, a.next_handle + 8 * 4);  // handle values step by 4
-  EXPECT_LE(b.gdi_objects, a.gdi_objects + 8);
-  EXPECT_LE(b.user_objects, a.user_objects + 8);
-  EXPECT_LE(last.windows, warm.windows + 8);
-  EXPECT_LE(b.pagefile, a.pagefile + 4 * 1024 * 1024);
-}
-
 }  // namespace

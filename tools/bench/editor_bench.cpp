@@ -4,6 +4,9 @@
 //
 //   editor_bench [--runs N] [--each 1] [--app <folder>] [--user <folder>]
 //
+// It also prints what the process holds after the first and the last run, and
+// around a thousand create/use/release cycles of the control: leaks show as growth.
+//
 // A timer or a posted message of the host thread cannot time a modal window: it runs
 // only when the window's loop lets it, and a timer only at its coarse period. So a
 // second thread watches: it waits for the modal window to be visible, notes when the
@@ -14,10 +17,12 @@
 #include <windows.h>
 #include <commctrl.h>
 #include <ole2.h>
+#include <psapi.h>
 #include <wrl/client.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <string>
@@ -551,6 +556,23 @@ class Host {
     return hr;
   }
 
+  // Creates, uses and releases `count` controls of their own, as short-lived hosts do.
+  bool Cycles(int count) {
+    CLSID clsid;
+    if (FAILED(CLSIDFromProgID(kProgId, &clsid))) return false;
+    for (int i = 0; i < count; ++i) {
+      ComPtr<IDispatch> control;
+      if (FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&control)))) return false;
+      const Variant level = Variant::Text(L"AuthorizationLevel"), value = Variant::Short(static_cast<short>(i % 100));
+      const Variant table = Variant::Text(L"ColorsByIndexTable");
+      Variant result;
+      if (FAILED(demo::CallByName(control.Get(), L"SetObjectValue", {*level.get(), *value.get()}, nullptr)) ||
+          FAILED(demo::CallByName(control.Get(), L"GetObjectValue", {*table.get()}, result.get())))
+        return false;
+    }
+    return true;
+  }
+
   void Disconnect() {
     // The control goes before the host object it holds.
     control_.Reset();
@@ -623,6 +645,41 @@ struct Figures {
   double Min() const { return values.empty() ? 0 : *std::min_element(values.begin(), values.end()); }
 };
 
+// What the process holds. Wine counts no handles or GDI objects (GetProcessHandleCount and
+// GetGuiResources answer 0): the value of a fresh handle shows whether the handle table
+// grew, and the windows of this thread stand in for USER objects.
+struct Resources {
+  std::size_t next_handle = 0, committed_kib = 0;
+  unsigned long gdi = 0, user = 0, windows = 0;
+
+  static Resources Now() {
+    Resources r;
+    HANDLE probe = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    r.next_handle = reinterpret_cast<std::uintptr_t>(probe);
+    CloseHandle(probe);
+    PROCESS_MEMORY_COUNTERS memory{};
+    memory.cb = sizeof memory;
+    GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);
+    r.committed_kib = memory.PagefileUsage / 1024;
+    r.gdi = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
+    r.user = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);
+    EnumThreadWindows(GetCurrentThreadId(), CountWindows, reinterpret_cast<LPARAM>(&r.windows));
+    return r;
+  }
+  static BOOL CALLBACK CountWindows(HWND window, LPARAM count) {
+    ++*reinterpret_cast<unsigned long*>(count);
+    EnumChildWindows(window, CountWindows, count);
+    return TRUE;
+  }
+};
+
+void Growth(const char* what, const Resources& a, const Resources& b) {
+  std::printf("  %-28s next handle %#zx -> %#zx, GDI %lu -> %lu, USER %lu -> %lu, windows %lu -> %lu, "
+              "committed KiB %zu -> %zu\n",
+              what, a.next_handle, b.next_handle, a.gdi, b.gdi, a.user, b.user, a.windows, b.windows,
+              a.committed_kib, b.committed_kib);
+}
+
 void Row(const char* what, const Figures& figures) {
   std::printf("  %-28s %9.2f %9.2f   (%d)\n", what, figures.Median(), figures.Min(),
               static_cast<int>(figures.values.size()));
@@ -684,6 +741,7 @@ int wmain(int argc, wchar_t** argv) {
 
     Figures show_idle, dialog_idle, first_visit, again, show_closed, dialog_closed, probe, check_open, preview_paint;
     double cold_show = 0, cold_dialog = 0;
+    Resources warm, last;
     for (int run = -1; run < options.runs && exit_code == 0; ++run) {
       Outcome editor, plain;
       double editor_closed = 0, plain_closed = 0;
@@ -713,6 +771,7 @@ int wmain(int argc, wchar_t** argv) {
       probe.Add(editor.probe);
       check_open.Add(editor.check_open);
       preview_paint.Add(editor.preview_paints);
+      if (run == 0) warm = Resources::Now();  // every page and the check window built once
       if (options.each) {
         Figures firsts, agains;
         firsts.Add(editor.first_visits);
@@ -724,6 +783,13 @@ int wmain(int argc, wchar_t** argv) {
         std::fflush(stdout);
       }
     }
+
+    last = Resources::Now();
+    constexpr int kCycles = 1000;
+    const bool cycled = exit_code == 0 && host.Cycles(10);  // first-use allocations
+    const Resources before_cycles = Resources::Now();
+    if (cycled && !host.Cycles(kCycles)) Fail(L"a create/use/release cycle of the control failed");
+    const Resources after_cycles = Resources::Now();
 
     if (exit_code == 0) {
       std::printf("Editor window under Wine, %d runs (%ld x %ld px, the empty dialog the same size)\n", options.runs,
@@ -742,6 +808,9 @@ int wmain(int argc, wchar_t** argv) {
       std::printf("  first of the process: Show to idle %.2f ms, empty dialog to idle %.2f ms\n", cold_show,
                   cold_dialog);
       std::printf("  idle check on an idle editor: %.3f ms (median)\n", probe.Median());
+      std::printf("Resources\n");
+      Growth(("openings 1 to " + std::to_string(options.runs)).c_str(), warm, last);
+      Growth((std::to_string(kCycles) + " control cycles").c_str(), before_cycles, after_cycles);
       std::fflush(stdout);
     }
     host.Disconnect();
