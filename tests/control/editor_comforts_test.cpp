@@ -62,14 +62,7 @@ class EditorComforts : public EditorWindow {
       open(e);
       HWND menu = WaitForWindow([](HWND w) { return HasClass(w, L"#32768") && IsWindowVisible(w); }, d.thread);
       ASSERT_TRUE(menu);
-      HMENU popup = reinterpret_cast<HMENU>(SendMessageW(menu, MN_GETHMENU, 0, 0));
-      for (int i = 0; i < GetMenuItemCount(popup); ++i) {
-        const UINT state = GetMenuState(popup, i, MF_BYPOSITION);
-        if (state & MF_SEPARATOR) continue;
-        wchar_t text[64] = L"";
-        GetMenuStringW(popup, i, text, 64, MF_BYPOSITION);
-        items.push_back(std::wstring(text) + (state & MF_GRAYED ? L" (off)" : L""));
-      }
+      items = MenuItems(menu);
       Type(menu, {key});
       for (int i = 0; i < 1000 && IsWindowVisible(menu); ++i) Sleep(20);
     });

@@ -85,16 +85,8 @@ TEST_F(EditorCommands, MoreOpensUnderItsButtonAndExportImportAndRestoreDefaultsW
         if (more.bottom - 2 + (m.bottom - m.top) <= GetSystemMetrics(SM_CYSCREEN)) {
           EXPECT_EQ(m.top, more.bottom - 2);  // else the system opens it upwards
         }
-        HMENU popup = reinterpret_cast<HMENU>(SendMessageW(menu, MN_GETHMENU, 0, 0));
-        std::vector<std::wstring> items;
-        for (int i = 0; i < GetMenuItemCount(popup); ++i) {
-          wchar_t text[64] = L"";
-          GetMenuStringW(popup, i, text, 64, MF_BYPOSITION);
-          const UINT state = GetMenuState(popup, i, MF_BYPOSITION);
-          items.push_back(std::wstring(text) + ((state & MF_GRAYED) && !(state & MF_SEPARATOR) ? L" (off)" : L""));
-        }
-        EXPECT_EQ(items, (std::vector<std::wstring>{L"&" + Str(1205), L"&" + Str(1206), L"", L"&" + Str(1207),
-                                                    L"&" + Str(1600)}));
+        EXPECT_EQ(MenuItems(menu), (std::vector<std::wstring>{L"&" + Str(1205), L"&" + Str(1206), L"&" + Str(1207),
+                                                              L"&" + Str(1600)}));
         Type(e, {VK_ESCAPE});
         // Gone before the next click: a click that reaches the closing menu's loop ends
         // there, and the menu it was to open never does.

@@ -363,6 +363,19 @@ void EditorWindow::Type(HWND editor, const std::vector<WORD>& keys) {
   Idle(editor);
 }
 
+std::vector<std::wstring> EditorWindow::MenuItems(HWND menu) {
+  HMENU popup = reinterpret_cast<HMENU>(SendMessageW(menu, MN_GETHMENU, 0, 0));
+  std::vector<std::wstring> items;
+  for (int i = 0; i < GetMenuItemCount(popup); ++i) {
+    const UINT state = GetMenuState(popup, i, MF_BYPOSITION);
+    if (state & MF_SEPARATOR) continue;
+    wchar_t text[64] = L"";
+    GetMenuStringW(popup, i, text, 64, MF_BYPOSITION);
+    items.push_back(std::wstring(text) + (state & MF_GRAYED ? L" (off)" : L""));
+  }
+  return items;
+}
+
 std::wstring EditorWindow::Tip(const Display& d, HWND editor, HWND tool) {
   HWND tooltip = nullptr;
   EachThreadWindow(d.thread, [&](HWND hwnd) {

@@ -151,6 +151,8 @@ class EditorWindow : public ::testing::Test {
   static bool Enabled(HWND editor, int id) { return IsWindowEnabled(Item(editor, id)); }
   static bool Shown(HWND editor, int id) { return IsWindowVisible(Item(editor, id)); }
   static std::wstring Text(HWND editor, int id) { return WindowText(Item(editor, id)); }
+  // The items of an open menu window as "text", or "text (off)" when greyed; no separators.
+  static std::vector<std::wstring> MenuItems(HWND menu);
   // The editor's tooltip for `tool`, a window inside it.
   static std::wstring Tip(const Display& d, HWND editor, HWND tool);
 
