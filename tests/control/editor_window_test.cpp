@@ -1,5 +1,5 @@
 // The editor window under UI automation: what only the window can get wrong (modal
-// over its owner, keys, tabs, tooltips, drawing, layout, resources); the decisions
+// over its owner, keys, tabs, tooltips, drawing, layout); the decisions
 // behind it are the session's tests' subject, here each is seen once.
 #include "control/scenario.h"
 
@@ -77,28 +77,6 @@ TEST_F(EditorWindow, TwoDisplaysOpenTheFirstEditorsOfTheProcessAtTheSameMoment) 
       }
     });
   });
-}
-
-TEST_F(EditorWindow, TagoutShowsItsBoldHeadingAndTheTooltipsNameIndexAndFile) {
-  Display d;
-  d.category = 1;  // Status / Tagout
-  std::wstring button, index_tip, file_tip;
-  LONG weight = 0;
-  Run(d, [&] {
-    HWND e = Editor(d);
-    ASSERT_TRUE(e);
-    LOGFONTW font{};
-    GetObjectW(reinterpret_cast<HFONT>(SendMessageW(Item(e, ids::kTagoutHeading), WM_GETFONT, 0, 0)), sizeof font, &font);
-    weight = font.lfWeight;
-    button = Text(e, ids::kColorButton + 100);
-    index_tip = Tip(d, e, Item(e, ids::kNameLabel + 100));
-    file_tip = Tip(d, e, Item(e, ids::kFrame + 1));
-    Click(e, ids::kCancel);
-  });
-  EXPECT_EQ(weight, FW_BOLD);
-  EXPECT_EQ(button, L"Highest Severity (Emergency)");
-  EXPECT_EQ(index_tip, L"Color index: 110");
-  EXPECT_EQ(file_tip, W(Table()));
 }
 
 TEST_F(EditorWindow, ReadOnlyShowsInTheHostsLanguageAndItsButtonsAreDrawnFlatUntilOpenedEditable) {
@@ -363,10 +341,13 @@ TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
   }
 }
 
-// A per-monitor aware host's editor moved to a monitor of 144 DPI.
+// A per-monitor aware host's editor moved to a monitor of 144 DPI; then the Tagout
+// category, whose heading is bold, and the tooltips of the remade controls.
 TEST_F(EditorWindow, AnotherMonitorsDpiRemakesTheControlsWhereTheSystemSuggests) {
   Display d;
   std::vector<std::string> problems;
+  std::wstring index_tip, file_tip;
+  LONG weight = 0;
   Play(d, {
       Pick(6, RGB(1, 2, 3)),
       Do([&](HWND e) {
@@ -385,9 +366,22 @@ TEST_F(EditorWindow, AnotherMonitorsDpiRemakesTheControlsWhereTheSystemSuggests)
       ExpectText(ids::kSchemeCombo, L"QLT830_colors.clut"),
       Pick(6, RGB(4, 5, 6), L"(1, 2, 3)"),
       ExpectText(ids::kRgbLabel + 6, L"(4, 5, 6)"),
+      Choose(ids::kCategoryCombo, 1),
+      ExpectText(ids::kColorButton + 100, L"Highest Severity (Emergency)"),
+      Do([&](HWND e) {
+        LOGFONTW font{};
+        GetObjectW(reinterpret_cast<HFONT>(SendMessageW(Item(e, ids::kTagoutHeading), WM_GETFONT, 0, 0)), sizeof font,
+                   &font);
+        weight = font.lfWeight;
+        index_tip = Tip(d, e, Item(e, ids::kNameLabel + 100));
+        file_tip = Tip(d, e, Item(e, ids::kFrame + 1));
+      }),
       Press(ids::kCancel),
   });
   EXPECT_TRUE(problems.empty()) << problems.size() << " problems, first: " << problems.front();
+  EXPECT_EQ(weight, FW_BOLD);
+  EXPECT_EQ(index_tip, L"Color index: 110");
+  EXPECT_EQ(file_tip, W(Table()));
 }
 
 }  // namespace

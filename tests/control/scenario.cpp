@@ -291,7 +291,10 @@ void EditorWindow::Play(Display& d, const std::vector<Step>& steps) {
         case Step::Kind::Choose: {
           HWND list = Item(front, step.id);
           SendMessageW(list, CB_SETCURSEL, step.position, 0);
-          PostMessageW(GetParent(list), WM_COMMAND, MAKEWPARAM(step.id, CBN_SELCHANGE), reinterpret_cast<LPARAM>(list));
+          // Sent, so that the next step sees the choice; but a choice may ask first, and
+          // its message box's loop would hold the send: then the next step answers it.
+          SendMessageTimeoutW(GetParent(list), WM_COMMAND, MAKEWPARAM(step.id, CBN_SELCHANGE),
+                              reinterpret_cast<LPARAM>(list), SMTO_NORMAL, 1000, nullptr);
           break;
         }
         case Step::Kind::ExpectText:
