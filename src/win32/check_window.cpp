@@ -188,6 +188,21 @@ void CheckUi::ForgetMarkers() {
   for (auto& text : marker_texts_) text.clear();
 }
 
+void CheckUi::DpiChanged() {
+  if (!window_) return;
+  // Its controls hold the editor's fonts, which are gone now.
+  const bool had_focus = GetFocus() && IsChild(window_, GetFocus());
+  for (HWND child = GetWindow(window_, GW_CHILD); child;) {
+    HWND next = GetWindow(child, GW_HWNDNEXT);
+    DestroyWindow(child);
+    child = next;
+  }
+  shown_findings_.clear();
+  CreateChildren();
+  FillFindings();
+  if (had_focus) SetFocus(list_);
+}
+
 std::int32_t CheckUi::Shown(std::int32_t colour) const {
   return colour == kSystemButtonFace ? colour : quality::Simulate(colour, vision_);
 }
@@ -409,6 +424,13 @@ LRESULT CheckUi::Handle(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
     }
     case DM_GETDEFID:
       return MAKELRESULT(IDOK, DC_HASDEFID);
+    case WM_DPICHANGED: {
+      // It takes the editor's DPI with the editor's own message; here it only moves where
+      // the system suggests.
+      const RECT& suggested = *reinterpret_cast<const RECT*>(lparam);
+      SetWindowPos(hwnd, nullptr, suggested.left, suggested.top, 0, 0, SWP_NOZORDER | SWP_NOSIZE | SWP_NOACTIVATE);
+      return 0;
+    }
     case WM_CLOSE:
       DestroyWindow(hwnd);
       return 0;

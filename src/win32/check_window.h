@@ -52,6 +52,8 @@ class CheckUi {
   void EditorClosing(bool destroyed);
   // The editor's controls were made again (another DPI): the markers went with them.
   void ForgetMarkers();
+  // The editor remade its controls and fonts at another DPI: the open window does too.
+  void DpiChanged();
 
   // The frame's paint: the markers of its rows (their windows paint nothing).
   void PaintMarkers(HWND frame, HDC dc);

@@ -219,6 +219,7 @@ void EditorWindow::OnDpiChanged(int dpi, const RECT& suggested) {
   FillSchemeList();
   ApplyEnablement();
   ApplySelection();
+  checks_->DpiChanged();
   SetWindowPos(hwnd_, nullptr, suggested.left, suggested.top, 0, 0, SWP_NOZORDER | SWP_NOSIZE | SWP_NOACTIVATE);
   if (had_focus) SetFocus(tabs_);
 }

@@ -341,8 +341,8 @@ TEST_F(EditorWindow, LayoutOfEveryPageFitsWithoutClippingOrOverlap) {
   }
 }
 
-// A per-monitor aware host's editor moved to a monitor of 144 DPI; then the Tagout
-// category, whose heading is bold, and the tooltips of the remade controls.
+// A per-monitor aware host's editor moved to a monitor of 144 DPI with its check window
+// open; then the Tagout category, whose heading is bold, and the remade controls' tooltips.
 TEST_F(EditorWindow, AnotherMonitorsDpiRemakesTheControlsWhereTheSystemSuggests) {
   Display d;
   std::vector<std::string> problems;
@@ -351,16 +351,29 @@ TEST_F(EditorWindow, AnotherMonitorsDpiRemakesTheControlsWhereTheSystemSuggests)
   Play(d, {
       Pick(6, RGB(1, 2, 3)),
       Do([&](HWND e) {
+        PostMessageW(e, WM_COMMAND, ids::kCheckColorsItem, 0);
+        HWND checks = WaitForWindow([](HWND w) { return HasClass(w, ids::kCheckClass); }, d.thread);
+        ASSERT_TRUE(checks);
         RECT before, after, window, suggested{40, 30, 0, 0};
         GetWindowRect(Item(e, ids::kTabStrip), &before);
         SendMessageW(e, WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&suggested));
+        // The check window's controls take the editor's new fonts (the old ones are gone).
+        EXPECT_EQ(SendMessageW(Item(checks, ids::kFindingsList), WM_GETFONT, 0, 0),
+                  SendMessageW(Item(e, ids::kOk), WM_GETFONT, 0, 0));
+        EXPECT_NE(Text(checks, ids::kChecksSummary), L"");
+        problems = LayoutProblems(checks);
+        RECT moved{50, 60, 0, 0};  // its own message: it goes where the system suggests
+        SendMessageW(checks, WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&moved));
+        GetWindowRect(checks, &moved);
+        EXPECT_EQ(moved.left * 1000 + moved.top, 50060);
+        PostMessageW(checks, WM_CLOSE, 0, 0);
         GetWindowRect(Item(e, ids::kTabStrip), &after);
         GetWindowRect(e, &window);
         EXPECT_EQ(window.left * 1000 + window.top, 40030);
         EXPECT_NEAR(double(after.right - after.left) / (before.right - before.left), 1.5, 0.15);
         EXPECT_EQ(ShownPage(e), 0);
         EXPECT_TRUE(Item(e, ids::kFindingMarker + 19));
-        problems = LayoutProblems(e);
+        for (const std::string& p : LayoutProblems(e)) problems.push_back(p);
       }),
       ExpectText(ids::kRgbLabel + 6, L"(1, 2, 3)"),
       ExpectText(ids::kSchemeCombo, L"QLT830_colors.clut"),
