@@ -62,13 +62,12 @@ class TestPlatform : public RealPlatformType {
   std::vector<Prompt> prompts;
 
   // The host: every call of the kinds 1-5 is recorded as (kind, text); `host` decides
-  // the answer (default: true). A test may install a host object of its own instead.
+  // the answer (default: true).
   std::vector<std::pair<int, std::string>> host_calls;
   std::function<bool(int kind, const std::string& text)> host;
-  HostLink* host_link = nullptr;
 
   int ShowMessage(const std::string& prompt, int& buttons, int style, const std::string& title) override;
-  HostLink* Host() override { return host_link ? host_link : &recorder_; }
+  HostLink* Host() override { return &recorder_; }
 
  private:
   class Recorder : public HostLink {
