@@ -16,12 +16,11 @@ namespace {
 using test::Read;
 using test::Write;
 
-// The factory table in `dir` (no lock file), and an application with three schemes
-// and its settings paths.
-class ClutWin : public ::testing::Test {
+// The factory table, and an application with three schemes and its settings paths.
+class ClutWin : public test::ClutFolder {
  protected:
   void SetUp() override {
-    test::InstallFactoryTable(dir.path(), state, "");
+    ClutFolder::SetUp();
     state.rows.fill({RowColour::Kind::Colour, 0x102030});
     p.CreateFolder(app / "ColorSchemes");
     SetColorSchemeFolder(module, app / "ColorSchemes");
@@ -36,7 +35,7 @@ class ClutWin : public ::testing::Test {
   void ExpectWriteRefused(const std::string& before) {
     EXPECT_FALSE(SaveColorTable(p, texts, state));
     EXPECT_EQ(Read(state.ClutFileName), before);
-    for (const auto& name : p.ListFileNames(dir.path())) EXPECT_FALSE(name.ends_with(".tmp")) << name;
+    EXPECT_TRUE(NoTempFiles());
     ASSERT_EQ(p.prompts.size(), 1u);
     const std::string& text = p.prompts[0].text;
     // The system's reason stands between the file name and the reassurance.
@@ -44,13 +43,8 @@ class ClutWin : public ::testing::Test {
     const std::string tail = "\r\n\r\nThe previous file is unchanged.";
     EXPECT_TRUE(text.starts_with(head) && text.ends_with(tail) && text.size() > head.size() + tail.size()) << text;
     EXPECT_EQ(p.prompts[0].style, kMbIconCritical);
-    EXPECT_TRUE(p.host_calls.empty());
   }
-  test::ScratchFolder dir, app, user;
-  test::TestPlatform p;
-  const LanguageTexts texts;  // the built-in English ones
-  ColorSchemeModule module;
-  ColorTableState state;
+  test::ScratchFolder app, user;
 };
 
 TEST_F(ClutWin, AReadOnlyFileOrOneHeldOpenElsewhereIsNotReplacedAndTheUserIsTold) {
