@@ -45,12 +45,6 @@ TEST(SplitClutLines, LineEndsAsTheTextStreamReadsThem) {
   EXPECT_EQ(two.trailer, std::string("3\r\nrest\0\r\n", 10));
 }
 
-TEST(FormatClutLine, FieldsAndTheExtendedHash) {
-  EXPECT_EQ(FormatClutLine(0, 5 + 128 * 256 + 255 * 65536), "  5  128  255  ");
-  EXPECT_EQ(FormatClutLine(256, 197121), "#  1    2    3  ");
-  EXPECT_EQ(FormatClutLine(12, kClutNotDefined), " -1   -1   -1  ");
-}
-
 TEST(MergeClutSave, NewFieldsOldCommentsSameLineCountTrailerByteForByte) {
   ClutNewLines lines;
   lines[0] = FormatClutLine(0, 0x030201);
