@@ -155,7 +155,6 @@ TEST(LogicalColorValue, ColoursAndNotDefinedByWhoWritesThemAndBackThroughThePars
     EXPECT_EQ(value, r.value);
     EXPECT_EQ(ParseClutLine(value), r.parsed) << value;
   }
-  EXPECT_EQ(LogicalColorsKey(285), "Index_285");
 }
 
 }  // namespace
