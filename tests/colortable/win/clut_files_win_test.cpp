@@ -103,7 +103,6 @@ TEST_F(ClutWin, UserOverApplicationOverDefaultMissingFilesSkippedAndWriteBackOnl
   EXPECT_EQ(Read(app_ini), before);
   SetRememberedClutFile(module, schemes() + "QLT830_b.clut");
   EXPECT_TRUE(SaveIniClutFile(p, module));
-  EXPECT_EQ(GetIniClutFile(p, module, false), schemes() + "QLT830_b.clut");
   EXPECT_EQ(p.host_calls, (std::vector<std::pair<int, std::string>>{{kHostFileNotice, app_ini}}));
 }
 
@@ -150,7 +149,6 @@ TEST_F(ClutWin, InitColorSchemesSynchronisesAndResolvesTheTable) {
   const std::string app_folder = app.path();
   ColorSchemeModule fresh;
   EXPECT_EQ(InitColorSchemes(p, texts, fresh, state, app_folder, user.path(), ""), schemes() + "QLT830_global.clut");
-  EXPECT_TRUE(test::RealPlatform().FileExists(schemes() + "QLT830_global.clut"));
   EXPECT_TRUE(EqualsIgnoreCase(p, state.ClutFileName, schemes() + "QLT830_global.clut"));
   EXPECT_EQ(InitColorSchemes(p, texts, fresh, state, app_folder, user.path(), "given.clut"), "given.clut");
   EXPECT_EQ(state.ClutFileName, "given.clut");  // missing: stored as given
