@@ -5,9 +5,6 @@
 #include <gtest/gtest.h>
 
 #include "clut_test_data.h"
-#include "colortable/clut_locations.h"
-#include "common/test_platform.h"
-#include "support/localization.h"
 #ifdef _WIN32
 #include <windows.h>
 #else
@@ -113,7 +110,6 @@ TEST_F(ColorTableFiles, AFailureAtAnyStepOfTheSaveLeavesTheOldFileWhole) {
   for (const char* step : {"ReadFile", "WriteNewFile", "MoveReplace"}) {
     SCOPED_TRACE(step);
     p.prompts.clear();
-    p.host_calls.clear();
     p.SetFaultHook(FailNth(step, 1));
     p.answers = {kIdOk};
     state.ClutError = false;

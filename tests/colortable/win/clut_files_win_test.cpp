@@ -5,11 +5,7 @@
 #include <filesystem>
 
 #include "../clut_test_data.h"
-#include "colortable/clut_locations.h"
-#include "colortable/color_table.h"
-#include "common/test_platform.h"
 #include "common/win_test_support.h"
-#include "support/localization.h"
 #include "support/utils.h"
 
 namespace tq {
@@ -41,8 +37,8 @@ class ClutWin : public test::ClutFolder {
     ASSERT_EQ(p.prompts.size(), 1u);
     const std::string& text = p.prompts[0].text;
     // The system's reason stands between the file name and the reassurance.
-    const std::string head = "Cannot write color table file: " + state.ClutFileName + "\r\n";
-    const std::string tail = "\r\n\r\nThe previous file is unchanged.";
+    const std::string head = GetString(1312) + state.ClutFileName + "\r\n";
+    const std::string tail = "\r\n\r\n" + GetString(1313);
     EXPECT_TRUE(text.starts_with(head) && text.ends_with(tail) && text.size() > head.size() + tail.size()) << text;
     EXPECT_EQ(p.prompts[0].style, kMbIconCritical);
   }
@@ -142,11 +138,10 @@ TEST_F(ClutWin, InitColorSchemesSynchronisesAndResolvesTheTable) {
   Write(home / "etc\\QLT830_global.clut", test::SourceFile("data/QLT830_colors.clut"));
   const auto value = test::RegistryValue::DVHome(home.path().substr(0, home.path().size() - 1));
   Ini(app / "FrameWindow.ini", "QLT830_global.clut");
-  const std::string app_folder = app.path();
   ColorSchemeModule fresh;
-  EXPECT_EQ(InitColorSchemes(p, texts, fresh, state, app_folder, user.path(), ""), schemes() + "QLT830_global.clut");
+  EXPECT_EQ(InitColorSchemes(p, texts, fresh, state, app.path(), user.path(), ""), schemes() + "QLT830_global.clut");
   EXPECT_TRUE(EqualsIgnoreCase(p, state.ClutFileName, schemes() + "QLT830_global.clut"));
-  EXPECT_EQ(InitColorSchemes(p, texts, fresh, state, app_folder, user.path(), "given.clut"), "given.clut");
+  EXPECT_EQ(InitColorSchemes(p, texts, fresh, state, app.path(), user.path(), "given.clut"), "given.clut");
   EXPECT_EQ(state.ClutFileName, "given.clut");  // missing: stored as given
   EXPECT_FALSE(state.ClutError);
 }
