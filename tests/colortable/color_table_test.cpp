@@ -189,8 +189,8 @@ TEST_F(ColorTableFiles, WithoutAReferenceTheUserIsToldOnceAndTheFileOnlyReMarked
   ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser(texts)));
   ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser(texts)));
   EXPECT_EQ(p.prompts.size(), 2u);
-  EXPECT_EQ(p.prompts[0].text, "It is not possible to update the file " + state.ClutFileName +
-                                   " from 93.04 to 93.07 since the reference file does not exist!");
+  EXPECT_EQ(p.prompts[0].text, GetString(1325) + state.ClutFileName + GetString(1326) + "93.04" + GetString(1327) +
+                                   "93.07" + GetString(1328));
   auto expected = own;
   expected[0] = "0 7 9 # mine 0 Version=93.07";
   EXPECT_EQ(SplitClutLines(Read(state.ClutFileName)).lines, expected);
