@@ -1,5 +1,8 @@
-// Our factory table (data/) for the colour table tests, and small builders of files.
+// Our factory table (data/) for the colour table tests, small builders of files, and a
+// folder holding the table.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
@@ -8,6 +11,7 @@
 #include "colortable/clut_locations.h"
 #include "colortable/color_table.h"
 #include "common/test_platform.h"
+#include "support/localization.h"
 
 namespace tq::test {
 
@@ -24,14 +28,27 @@ inline std::vector<std::string> OwnLines(const std::string& version) {
   return lines;
 }
 
-// A session on the factory table in `folder` (with its reference file and a lock
-// file of `lock_content`), every index shown in the row of its number.
-inline void InstallFactoryTable(const std::string& folder, ColorTableState& state, const std::string& lock_content) {
-  state.ClutFileName = folder + "QLT830_colors.clut";
-  Write(state.ClutFileName, SourceFile("data/QLT830_colors.clut"));
-  Write(folder + "QLT830_colors$clut", SourceFile("data/QLT830_colors$clut"));
-  Write(state.ClutFileName + ".lock", lock_content);
-  for (int i = 0; i < kClutIndexCount; ++i) state.ColorRowMap[i] = static_cast<std::int16_t>(i);
-}
+// The factory table in a scratch folder, with its reference file and a lock file,
+// every index shown in the row of its number.
+class ClutFolder : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    state.ClutFileName = dir / "QLT830_colors.clut";
+    Write(state.ClutFileName, SourceFile("data/QLT830_colors.clut"));
+    Write(dir / "QLT830_colors$clut", SourceFile("data/QLT830_colors$clut"));
+    Write(state.ClutFileName + ".lock", "locked");
+    for (int i = 0; i < kClutIndexCount; ++i) state.ColorRowMap[i] = static_cast<std::int16_t>(i);
+  }
+  bool NoTempFiles() {
+    for (const auto& name : p.ListFileNames(dir.path()))
+      if (name.find(".tmp") != std::string::npos) return false;
+    return true;
+  }
+  ScratchFolder dir;
+  TestPlatform p;
+  const LanguageTexts texts;  // the built-in English ones
+  ColorSchemeModule module;
+  ColorTableState state;
+};
 
 }  // namespace tq::test

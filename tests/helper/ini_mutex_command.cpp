@@ -1,4 +1,7 @@
-// hold-ini-mutex <ready-event> <milliseconds>: takes "IniFileWrite", signals, holds it, releases.
+// Other writers of the settings files, each under the "IniFileWrite" mutex.
+//   hold-ini-mutex <ready-event> <milliseconds>: takes the mutex, signals, holds it, releases.
+//   ini-write-keys <ready-event> <file> <count>: another tool writing keys Key0.. of
+//     section [Other] of the file, taking the mutex for each.
 #include <windows.h>
 
 #include <string>
@@ -18,6 +21,19 @@ int HoldIniMutex(const std::vector<std::string>& args) {
   return 0;
 }
 
+int IniWriteKeys(const std::vector<std::string>& args) {
+  if (args.size() < 3) return 2;
+  tq::test::SignalReady(args[0]);
+  const int count = std::stoi(args[2]);
+  for (int i = 0; i < count; ++i) {
+    if (!tq::win::AcquireIniMutex()) return 3;
+    tq::win::IniWrite("Other", "Key" + std::to_string(i), std::to_string(i), args[1]);
+    tq::win::ReleaseIniMutex();
+  }
+  return 0;
+}
+
 }  // namespace
 
 TQ_HELPER_COMMAND("hold-ini-mutex", HoldIniMutex);
+TQ_HELPER_COMMAND("ini-write-keys", IniWriteKeys);

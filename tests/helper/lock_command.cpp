@@ -12,7 +12,6 @@
 
 #include "common/win_test_support.h"
 #include "helper/helper.h"
-#include "locking/lock_file.h"
 #include "locking/lock_file_creator.h"
 #include "win32/win_platform.h"
 
@@ -33,7 +32,6 @@ int HoldLock(const std::vector<std::string>& args) {
 
 int RaceLock(const std::vector<std::string>& args) {
   if (args.size() < 4) return 2;
-  tq::Platform& platform = tq::win::WinPlatform::Instance();
   HANDLE start = OpenEventW(SYNCHRONIZE, FALSE, tq::test::W(args[2]).c_str());
   if (!start) return 3;
   tq::test::SignalReady(args[0]);
@@ -41,24 +39,19 @@ int RaceLock(const std::vector<std::string>& args) {
   CloseHandle(start);
   if (!started) return 3;
 
-  clsLockFileCreator lock(platform, english);
+  clsLockFileCreator lock(tq::win::WinPlatform::Instance(), english);
   std::string app = "Racer", user = std::to_string(GetCurrentProcessId());
   if (lock.CreateLockFile(args[1], app, user, tq::LockMode::Open, true) == tq::LockResult::Locked) {
     Sleep(static_cast<DWORD>(std::stoul(args[3])));
     return 0;
   }
-  // The holder may not have written its lines yet: look until it has.
+  // The holder may not have written its lines yet: look until it has. A racer's user name is its process ID.
   const ULONGLONG end = GetTickCount64() + 20000;
-  do {
-    std::string bytes;
-    tq::LockerInfo holder;
-    if (platform.ReadFile(args[1] + ".lock", bytes)) {
-      tq::ParseLockFile(bytes, holder);
-      if (!holder.session_id.empty() && holder.process_id.find_first_not_of("0123456789") == std::string::npos)
-        return static_cast<int>(std::stoul(holder.process_id));
-    }
+  std::string holder, host;
+  while (GetTickCount64() < end) {
+    if (lock.GetFileLockerInfo(args[1], holder, host) && !host.empty()) return std::stoi(holder);
     Sleep(20);
-  } while (GetTickCount64() < end);
+  }
   return 1;
 }
 
