@@ -45,6 +45,7 @@ expect 2 err "^usage: tqclut"
 expect 0 out "^tqclut [0-9]*\.[0-9]*\.[0-9]*$" --version
 expect 0 out "^usage: tqclut \[--dvhome FOLDER\] check" help check
 expect 0 out "^usage: tqclut help \[COMMAND\]" help help
+expect 0 out "^usage: tqclut \[--dvhome FOLDER\] set FILE INDEX COLOUR$" set --help
 cd "$work" && cp "$classic" ./-x.clut
 expect 1 out "^-x.clut$" check -- -x.clut  # "--" ends the options
 expect 0 out " \([0-9]*\) of \1 checks pass$" check "$(path "$work/hp.clut")"
