@@ -41,6 +41,14 @@ TEST(IniFiles, ReadAndWriteKeepTheProfileFunctionsRules) {
   };
   for (const auto& r : after) EXPECT_EQ(p.IniRead(r.section, r.key, file), r.value) << r.section << "/" << r.key;
   EXPECT_EQ(p.IniRead("Fresh", "a", t / "fresh.ini"), "b");
+
+  // Values around each size of the system's read buffers come back whole.
+  for (size_t length : {0u, 253u, 254u, 255u, 509u, 510u, 2000u}) {
+    std::string value;
+    for (size_t i = 0; i < length; ++i) value += static_cast<char>('a' + i % 26);
+    p.IniWrite("Fresh", "long", value, t / "fresh.ini");
+    EXPECT_EQ(p.IniRead("Fresh", "long", t / "fresh.ini"), value) << length;
+  }
 }
 
 }  // namespace
