@@ -133,17 +133,13 @@ TEST(QualityRules, NamesComeFromTheEditorsRows) {
     EXPECT_EQ(names.Label(index), label) << index;
 }
 
-std::vector<Finding> CheckFile(const std::string& relative) {
-  const std::string bytes = SourceFile(relative);
-  EXPECT_EQ(SplitClutLines(bytes).lines.size(), 286u) << relative;
-  const IndexCatalogue names(english);
-  return Check(ParseColourTable(bytes), [&](int index) { return names.Label(index); });
-}
-
 TEST(QualityRules, HighPerformanceSchemesPassEveryRule) {
+  const IndexCatalogue names(english);
   for (const std::string scheme : {"data/QLT830_highperformance", "data/QLT830_highperformance_light"}) {
-    EXPECT_EQ(SourceFile(scheme + ".clut"), SourceFile(scheme + "$clut"));
-    for (const Finding& f : CheckFile(scheme + ".clut")) {
+    const std::string bytes = SourceFile(scheme + ".clut");
+    EXPECT_EQ(bytes, SourceFile(scheme + "$clut"));
+    EXPECT_EQ(SplitClutLines(bytes).lines.size(), 286u) << scheme;
+    for (const Finding& f : Check(ParseColourTable(bytes), [&](int index) { return names.Label(index); })) {
       EXPECT_TRUE(f.pass) << scheme << ": " << FormatFinding(f);
       if (f.rule.starts_with("text.")) {
         EXPECT_TRUE(f.enhanced) << scheme << ": " << FormatFinding(f);
