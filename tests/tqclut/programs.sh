@@ -63,8 +63,6 @@ for args in "export $(path "$classic") $(path "$work/fifo")" "export $(path "$cl
   expect 2 err "is not a regular file" $args
 done
 
-expect 0 out "" report "$(path "$classic")" -o "$(path "$work/report.html")"
-head -n 1 "$work/report.html" | grep -q '^<!DOCTYPE html>' || fail "report: no HTML page in the file given"
 
 
 # An old table with its reference and a copy in the toolkit's home (--dvhome after the command).

@@ -8,7 +8,6 @@
 #include "support/builtin_strings.h"
 #include "support/localization.h"
 #include "support/thread_context.h"
-#include "support/utils.h"
 #include "win32/win_platform.h"
 
 namespace tq {
@@ -63,9 +62,6 @@ TEST(Localization, ShippedLibrariesAndTheControlCarryEveryEnglishId) {
     EXPECT_EQ(platform.LibraryString(en, entry.id), expected) << entry.id;
     EXPECT_FALSE(platform.LibraryString(de, entry.id).empty()) << entry.id;
   }
-  std::string folder = test::ExeFolder();
-  folder.pop_back();
-  EXPECT_TRUE(EqualsIgnoreCase(platform, platform.ModuleFolder(), folder));
 }
 
 }  // namespace
