@@ -94,7 +94,6 @@ TEST(QualityRules, PairUpAsTheRuleSaysAndSetAsideUnusableColours) {
                                                    "CANNOT CHECK distinct.status_meanings: 45 c45 is not defined"}));
   EXPECT_EQ(measured["text.alarm_list"], 0);
   EXPECT_EQ(measured["text.trend_table"], 2);
-  EXPECT_EQ(measured["graphic.process_display"], 86);
   EXPECT_EQ(measured["distinct.alarm_acknowledged"], 0);
   // 20 colours: 190 pairs, 6 of them inside the alarm and warning groups, 17 with 45.
   EXPECT_EQ(measured["distinct.status_meanings"], 190 - 6 - 17);
