@@ -25,7 +25,6 @@ TEST(BuiltinStrings, SortedCompleteAndBlanksKept) {
   EXPECT_EQ(GetString(1305), "Color table file not found: ");
   EXPECT_EQ(GetString(1326), " from ");
   EXPECT_EQ(GetString(1003), "");  // a category slot no page uses
-  EXPECT_EQ(GetString(-7), "");
 }
 
 TEST(LanguageCodes, OnlyPlainTokensCanNameAFolder) {
