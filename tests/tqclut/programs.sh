@@ -51,7 +51,6 @@ expect 0 out " \([0-9]*\) of \1 checks pass$" check "$(path "$work/hp.clut")"
 expect 1 out '"findings":0}],"summary":{"tables":2,"clean":1,"with_findings":1,"unreadable":0}}$' \
   check --json "$(path "$classic")" "$(path "$work/hp.clut")"
 
-
 # A report that cannot be written is an error.
 tqclut check "$(path "$classic")" >/dev/full 2>"$work/err"
 [ $? -eq 2 ] || fail "output to a full disk: exit code not 2"
@@ -62,8 +61,6 @@ for args in "export $(path "$classic") $(path "$work/fifo")" "export $(path "$cl
   # shellcheck disable=SC2086 # the words of $args are the arguments
   expect 2 err "is not a regular file" $args
 done
-
-
 
 # An old table with its reference and a copy in the toolkit's home (--dvhome after the command).
 mkdir -p "$work/home/etc"
