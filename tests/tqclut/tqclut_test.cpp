@@ -42,23 +42,23 @@ class Tqclut : public ::testing::Test {
   test::TestPlatform p_;
   test::ScratchFolder dir_;
   const std::string factory_ = SourceFile("data/QLT830_colors.clut");
+  const std::string table_ = Write("QLT830_colors.clut", factory_);
 };
 
 TEST_F(Tqclut, ShowCheckSetAndDiffOnTheFactoryTable) {
-  const std::string table = Write("QLT830_colors.clut", factory_);
 
-  const Result show = Run({"show", table});
+  const Result show = Run({"show", table_});
   EXPECT_EQ(show.code, kExitClean);
   EXPECT_EQ(std::count(show.out.begin(), show.out.end(), '\n'), kClutIndexCount);
   EXPECT_NE(show.out.find(" 23  #000000     (  0,   0,   0)  Process Display Background\n"), std::string::npos);
   EXPECT_EQ(show.out.find("\x1b["), std::string::npos);  // no swatches into a pipe
   clut_tool::Environment terminal;
   terminal.terminal = true;
-  EXPECT_NE(Run({"show", table}, terminal).out.find("\x1b[48;2;"), std::string::npos);
+  EXPECT_NE(Run({"show", table_}, terminal).out.find("\x1b[48;2;"), std::string::npos);
   terminal.no_color = true;
-  EXPECT_EQ(Run({"show", table}, terminal).out.find("\x1b["), std::string::npos);
+  EXPECT_EQ(Run({"show", table_}, terminal).out.find("\x1b["), std::string::npos);
 
-  const Result check = Run({"check", table});
+  const Result check = Run({"check", table_});
   EXPECT_NE(check.out.find("  version:     93.07 (current)\n  lines:       286, line ends CR LF\n"
                            "  unreadable:  none\n  not defined: none\n"),
             std::string::npos)
@@ -91,19 +91,18 @@ TEST_F(Tqclut, ShowCheckSetAndDiffOnTheFactoryTable) {
   EXPECT_EQ(same.out, loose + ": 1 ToolTip BG: already #040506; nothing was written\n");
   EXPECT_EQ(Read(loose), "1 2 3 # Version=93.07\n4 5 6\n");
 
-  const Result diff = Run({"diff", table, copy});
+  const Result diff = Run({"diff", table_, copy});
   EXPECT_EQ(diff.code, kExitFindings);
   EXPECT_EQ(diff.out,
             " 23  #000000     -> #808080      Process Display Background\n"
             "256  #000000     -> #040506      Alarm Display: Background\n"
             "2 of 286 colours differ\n");
-  EXPECT_EQ(Run({"diff", table, table}).code, kExitClean);
+  EXPECT_EQ(Run({"diff", table_, table_}).code, kExitClean);
 }
 
 TEST_F(Tqclut, ImportAfterExportGivesTheSameColoursAndUpgradeKeepsWhatTheUserSet) {
-  const std::string table = Write("QLT830_colors.clut", factory_);
   const std::string ini = dir_ / "colours.ini";
-  const Result exported = Run({"export", table, ini});
+  const Result exported = Run({"export", table_, ini});
   ASSERT_EQ(exported.code, kExitClean) << exported.err;
   EXPECT_EQ(p_.IniRead("Logical Colors", "Index_23", ini), "0    0    0  # 23: Process Display Background");
 
@@ -114,14 +113,9 @@ TEST_F(Tqclut, ImportAfterExportGivesTheSameColoursAndUpgradeKeepsWhatTheUserSet
   const Result imported = Run({"import", ini, other});
   ASSERT_EQ(imported.code, kExitClean) << imported.err;
   EXPECT_EQ(imported.out.find(other + ": 126 colours imported from "), 0u) << imported.out;
-  const Result diff = Run({"diff", table, other});
-  // Only indexes no row of the editor shows keep the copy's colour.
-  std::istringstream differences(diff.out);
-  int shown_differences = 0;
-  for (std::string line; std::getline(differences, line);)
-    if (line.find("(not shown by the editor)") == std::string::npos && line.find(" colours differ") == std::string::npos)
-      ++shown_differences;
-  EXPECT_EQ(shown_differences, 0) << diff.out;
+  // Only the 160 indexes no row of the editor shows keep the copy's colour.
+  const Result diff = Run({"diff", table_, other});
+  EXPECT_TRUE(diff.out.ends_with("\n160 of 286 colours differ\n")) << diff.out;
 
   // An old table and its reference: the upgrade takes the changed indexes from the reference.
   lines = SplitClutLines(factory_).lines;
@@ -132,7 +126,6 @@ TEST_F(Tqclut, ImportAfterExportGivesTheSameColoursAndUpgradeKeepsWhatTheUserSet
   const Result upgrade = Run({"upgrade", old});  // without a toolkit home: nothing to say about it
   EXPECT_EQ(upgrade.code, kExitClean) << upgrade.err;
   EXPECT_EQ(upgrade.out, old + ": version 93.05 -> 93.07 (changed colours taken from old$clut)\n");
-  EXPECT_NE(Run({"check", old}).out.find("93.07 (current)"), std::string::npos);
   // The editor's upgrade did it (which indexes it takes is the colour table's own test).
   EXPECT_EQ(SplitClutLines(Read(old)).lines[18], SplitClutLines(factory_).lines[18]);
   EXPECT_EQ(Run({"upgrade", old}).out, old + ": already version 93.07\n");
@@ -147,7 +140,7 @@ TEST_F(Tqclut, ImportAfterExportGivesTheSameColoursAndUpgradeKeepsWhatTheUserSet
             std::string::npos);
   EXPECT_EQ(Run({"upgrade", short_table}).out, short_table + ": 86 missing lines added from short$clut\n");
   EXPECT_EQ(Run({"set", short_table, "250", "#010203"}).code, kExitClean);
-  EXPECT_EQ(Run({"diff", table, short_table}).out, "250  #BCBCBC     -> #010203      (not shown by the editor)\n1 of 286 colours differ\n");
+  EXPECT_EQ(Run({"diff", table_, short_table}).out, "250  #BCBCBC     -> #010203      (not shown by the editor)\n1 of 286 colours differ\n");
 
   // Entries that are no colour the editor shows are named and skipped.
   const std::string odd = Write("odd.ini", "[Logical Colors]\r\nIndex_23=1 2 3\r\nIndex_259=1 2 3\r\nIndex_300=1 2 3\r\n"
@@ -161,7 +154,6 @@ TEST_F(Tqclut, ImportAfterExportGivesTheSameColoursAndUpgradeKeepsWhatTheUserSet
 }
 
 TEST_F(Tqclut, BadInputGivesOneLineAndTheRightExitCodeAndWritesNothing) {
-  const std::string table = Write("QLT830_colors.clut", factory_);
   const std::string missing = dir_ / "missing.clut";
   const std::string empty = Write("empty.clut", ""), binary = Write("binary.clut", std::string("1 2 3\n\0\xff", 8));
   std::string old_table = factory_;
@@ -169,50 +161,41 @@ TEST_F(Tqclut, BadInputGivesOneLineAndTheRightExitCodeAndWritesNothing) {
   const std::string old = Write("old.clut", old_table);  // without its reference file
   const struct {
     std::vector<std::string> args;
-    int code;
     std::string error;  // the start of standard error after "tqclut: "
   } cases[] = {
-      {{}, kExitError, ""},
-      {{"frobnicate"}, kExitError, "unknown command \"frobnicate\""},
-      {{"set", table, "23"}, kExitError, "set: wrong number of arguments"},
-      {{"set", table, "23", "#GGHHII"}, kExitError, "\"#GGHHII\" is not a colour"},
-      {{"set", table, "23", "1", "2"}, kExitError, "\"1 2\" is not a colour"},
-      {{"set", table, "23", "--json", "#000000"}, kExitError, "set takes no option --json; usage: tqclut set FILE"},
-      {{"check", "--jsn", table}, kExitError, "unknown option \"--jsn\"; usage: tqclut check"},
-      {{"set", binary, "1", "#000000"}, kExitError, binary + " is not a colour table: it holds NUL bytes; nothing was"},
-      {{"upgrade", empty}, kExitError, empty + " is not a colour table: it is empty"},
-      {{"upgrade", old}, kExitError, "cannot upgrade " + old + ": its reference file "},
-      {{"export", empty, dir_ / "out.ini"}, kExitError, empty + " is not a colour table: it is empty"},
-      {{"set", table, "286", "#000000"}, kExitError, "colour index 286 is out of range"},
-      {{"set", table, "-1", "#000000"}, kExitError, "colour index -1 is out of range"},
-      {{"set", table, "x1", "#000000"}, kExitError, "\"x1\" is not a colour index"},
-      {{"set", missing, "1", "#000000"}, kExitError, missing + ": no such file"},
-      {{"set", dir_.path(), "1", "#000000"}, kExitError, dir_.path()},
-      {{"import", missing, table}, kExitError, missing + ": no such file"},
-      {{"import", table, table}, kExitError, table + " has no colours"},
-      {{"export", table, dir_.path()}, kExitError, dir_.path()},
+      {{"frobnicate"}, "unknown command \"frobnicate\""},
+      {{"set", table_, "23"}, "set: wrong number of arguments"},
+      {{"set", table_, "23", "#GGHHII"}, "\"#GGHHII\" is not a colour"},
+      {{"set", table_, "23", "1", "2"}, "\"1 2\" is not a colour"},
+      {{"set", table_, "23", "--json", "#000000"}, "set takes no option --json; usage: tqclut set FILE"},
+      {{"check", "--jsn", table_}, "unknown option \"--jsn\"; usage: tqclut check"},
+      {{"set", binary, "1", "#000000"}, binary + " is not a colour table: it holds NUL bytes; nothing was"},
+      {{"upgrade", empty}, empty + " is not a colour table: it is empty"},
+      {{"upgrade", old}, "cannot upgrade " + old + ": its reference file "},
+      {{"export", empty, dir_ / "out.ini"}, empty + " is not a colour table: it is empty"},
+      {{"set", table_, "286", "#000000"}, "colour index 286 is out of range"},
+      {{"set", table_, "-1", "#000000"}, "colour index -1 is out of range"},
+      {{"set", table_, "x1", "#000000"}, "\"x1\" is not a colour index"},
+      {{"set", missing, "1", "#000000"}, missing + ": no such file"},
+      {{"set", dir_.path(), "1", "#000000"}, dir_.path()},
+      {{"import", missing, table_}, missing + ": no such file"},
+      {{"import", table_, table_}, table_ + " has no colours"},
+      {{"export", table_, dir_.path()}, dir_.path()},
   };
   for (const auto& c : cases) {
     const Result r = Run(c.args);
-    std::string line = "tqclut " + (c.args.empty() ? std::string() : c.args[0]);
-    EXPECT_EQ(r.code, c.code) << line;
-    EXPECT_EQ(r.out, "") << line;
-    if (!c.error.empty()) {
-      EXPECT_EQ(r.err.rfind("tqclut: " + c.error, 0), 0u) << line << ": " << r.err;
-      EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
-    }
+    EXPECT_EQ(r.code, kExitError) << c.args[0];
+    EXPECT_EQ(r.out, "") << c.args[0];
+    EXPECT_EQ(r.err.rfind("tqclut: " + c.error, 0), 0u) << c.args[0] << ": " << r.err;
+    EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
   }
-  EXPECT_EQ(Read(table), factory_);
+  EXPECT_EQ(Read(table_), factory_);
   EXPECT_EQ(Read(binary), std::string("1 2 3\n\0\xff", 8));
   EXPECT_EQ(Read(empty), "");
   EXPECT_EQ(Read(old), old_table);
   std::vector<std::string> files = p_.ListFileNames(dir_.path());
   std::sort(files.begin(), files.end());
   EXPECT_EQ(files, (std::vector<std::string>{"QLT830_colors.clut", "binary.clut", "empty.clut", "old.clut"}));
-
-  const Result help = Run({"set", "--help"});
-  EXPECT_EQ(help.code, kExitClean);
-  EXPECT_EQ(help.out.rfind("usage: tqclut [--dvhome FOLDER] set FILE INDEX COLOUR\n", 0), 0u);
 }
 
 TEST_F(Tqclut, CheckReportsJunkTablesLineByLineAndNeverFails) {
@@ -242,12 +225,11 @@ TEST_F(Tqclut, CheckReportsJunkTablesLineByLineAndNeverFails) {
     const Result json = Run({"check", "--json", file});
     EXPECT_EQ(json.code, kExitFindings) << j.what;
     EXPECT_EQ(json.out.rfind("{\"tables\":[{\"file\":", 0), 0u) << json.out;
-    EXPECT_EQ(json.out.find(std::string(1, '\0')), std::string::npos);
   }
-  // A file that cannot be read is in the document too, its name valid UTF-8.
-  const Result json = Run({"check", "--json", dir_ / "bad\xff.clut"});
+  // A file that cannot be read is in the document too, its name valid UTF-8 and escaped.
+  const Result json = Run({"check", "--json", dir_ / "bad\t\xff.clut"});
   EXPECT_EQ(json.code, kExitError);
-  EXPECT_NE(json.out.find("bad\xEF\xBF\xBD.clut\",\"error\":"), std::string::npos) << json.out;
+  EXPECT_NE(json.out.find("bad\\u0009\xEF\xBF\xBD.clut\",\"error\":"), std::string::npos) << json.out;
 }
 
 TEST_F(Tqclut, FoldersGiveOneLinePerTableAndASummaryAndTheWorstExitCode) {
@@ -258,56 +240,46 @@ TEST_F(Tqclut, FoldersGiveOneLinePerTableAndASummaryAndTheWorstExitCode) {
 #endif
   const std::string root = dir_.path().substr(0, dir_.path().size() - 1);
   for (const char* folder : {"st1", "st1\\sub", "st1\\x.clut", "st2"}) ASSERT_TRUE(p_.CreateFolder(dir_ / folder));
-  Write("st1\\b.clut", factory_);
   Write("st1\\a.clut", SourceFile("data/QLT830_highperformance.clut"));
   Write("st1\\a$clut", factory_);        // reference files and locks are not tables of their own
   Write("st1\\a.clut.lock", factory_);
   Write("st1\\sub\\big.clut", std::string(clut_tool::kMaxFileSize + 1, '0'));
   Write("st2\\empty.CLUT", "");
-  const Result flat = Run({"check", root});
+  const Result flat = Run({"check", dir_ / "st1\\x.clut"});  // a folder, however named
   EXPECT_EQ(flat.code, kExitError);
-  EXPECT_EQ(flat.err, "tqclut: no colour table (*.clut) in " + root + " (--recursive also looks into subfolders)\n");
+  EXPECT_EQ(flat.err, "tqclut: no colour table (*.clut) in " + dir_ / "st1\\x.clut" +
+                          " (--recursive also looks into subfolders)\n");
 
   const Result site = Run({"check", "--recursive", root});
   EXPECT_EQ(site.code, kExitError);  // the worst of clean, findings and unreadable
-  std::vector<std::string> lines;
-  std::istringstream in(site.out);
-  for (std::string line; std::getline(in, line);) lines.push_back(line.substr(0, line.find(": ") + 2));
-  const std::string st1 = root + sep + "st1" + sep;
-  EXPECT_EQ(lines, (std::vector<std::string>{st1 + "a.clut: ", st1 + "b.clut: ", st1 + "sub" + sep + "big.clut: ",
-                                             root + sep + "st2" + sep + "empty.CLUT: ", "4 tables: "})) << site.out;
-  EXPECT_NE(site.out.find("a.clut: clean\n"), std::string::npos);
-  EXPECT_NE(site.out.find("b.clut: 47 findings (47 quality findings)\n"), std::string::npos);
-  EXPECT_NE(site.out.find("big.clut: unreadable: "), std::string::npos);
-  EXPECT_NE(site.out.find(" findings (not a colour table, no version marker, 286 lines missing, "),
-            std::string::npos);
-  EXPECT_NE(site.out.find("\n4 tables: 1 clean, 2 with findings, 1 unreadable\n"), std::string::npos);
+  const std::string st1 = root + sep + "st1" + sep, big = st1 + "sub" + sep + "big.clut";
+  const std::string too_large = " is too large (" + std::to_string(clut_tool::kMaxFileSize + 1) + " bytes)";
+  EXPECT_EQ(site.out, root + sep + "QLT830_colors.clut: 47 findings (47 quality findings)\n" +
+                          st1 + "a.clut: clean\n" +
+                          big + ": unreadable: " + big + too_large + " for a colour table or a logical-colours file\n" +
+                          root + sep + "st2" + sep + "empty.CLUT: 152 findings (not a colour table, no version marker, "
+                          "286 lines missing, 149 quality findings)\n"
+                          "4 tables: 1 clean, 2 with findings, 1 unreadable\n");
 
-  const Result json = Run({"check", root + sep + "st1", "-r", "--json"});
-  EXPECT_EQ(json.code, kExitError);
-  EXPECT_NE(json.out.find("big.clut\",\"error\":"), std::string::npos);
-  EXPECT_NE(json.out.find("],\"summary\":{\"tables\":3,\"clean\":1,\"with_findings\":1,\"unreadable\":1}}\n"),
-            std::string::npos) << json.out;
+  EXPECT_TRUE(Run({"check", root, "-r", "--json"})
+                  .out.ends_with("],\"summary\":{\"tables\":4,\"clean\":1,\"with_findings\":2,\"unreadable\":1}}\n"));
 }
 
-TEST_F(Tqclut, AWriteIsRefusedNamingTheLocksHolderOrWhyNoLockFileCouldBeMade) {
-  const std::string table = Write("QLT830_colors.clut", factory_);
+TEST_F(Tqclut, AWriteIsRefusedWhileAnotherHoldsTheLockOrSayingWhyNoLockFileCouldBeMade) {
   clsLockFileCreator holder(p_, LanguageTexts());  // another editor, which tqclut meets only through the lock file
   std::string holder_app = "Other Display", holder_user = "operator7";
-  ASSERT_EQ(holder.CreateLockFile(table, holder_app, holder_user, LockMode::Open, true), LockResult::Locked);
+  ASSERT_EQ(holder.CreateLockFile(table_, holder_app, holder_user, LockMode::Open, true), LockResult::Locked);
   p_.allow_unscripted = true;  // the refusal is a message; tqclut's console answers it
   const std::string ini = Write("colours.ini", "[Logical Colors]\r\nIndex_23=1 2 3\r\n");
   for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
-           {"set", table, "23", "#010203"}, {"import", ini, table}}) {
+           {"set", table_, "23", "#010203"}, {"import", ini, table_}}) {
     p_.prompts.clear();
     const Result r = Run(args);
     EXPECT_EQ(r.code, kExitError) << args[0];
     EXPECT_NE(r.err.find("is locked by another editor or tool"), std::string::npos) << r.err;
-    ASSERT_EQ(p_.prompts.size(), 1u) << args[0];
-    EXPECT_NE(p_.prompts[0].text.find("Other Display"), std::string::npos) << p_.prompts[0].text;
-    EXPECT_NE(p_.prompts[0].text.find("operator7"), std::string::npos) << p_.prompts[0].text;
+    EXPECT_EQ(p_.prompts.size(), 1u) << args[0];  // the holder's names are the lock's test
   }
-  EXPECT_EQ(Read(table), factory_);
+  EXPECT_EQ(Read(table_), factory_);
 
   // No holder: a lock file that cannot be made (a folder the user may not write) says why.
   const std::string other = Write("other.clut", factory_);
