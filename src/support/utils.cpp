@@ -23,11 +23,6 @@ std::string FileNameOf(std::string_view path) {
   return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
 }
 
-std::string FolderOf(std::string_view path) {
-  const auto slash = path.find_last_of("\\/");
-  return slash == std::string_view::npos ? std::string() : std::string(path.substr(0, slash + 1));
-}
-
 std::string UpperAscii(std::string_view text) {
   std::string upper(text);
   for (char& c : upper)
@@ -43,12 +38,6 @@ bool CreateFolderViaHost(Platform& platform, const std::string& folder) {
   if (platform.FolderExists(folder)) return true;
   platform.HostCall(kHostCreateFolder, folder);
   return platform.FolderExists(folder);
-}
-
-bool EnsureFolderOf(Platform& platform, std::string_view path) {
-  const std::string folder = FolderOf(path);
-  if (folder.empty()) return false;
-  return CreateFolderViaHost(platform, folder);
 }
 
 }  // namespace tq

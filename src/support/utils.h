@@ -19,8 +19,6 @@ std::string FormatClutComponent(std::int16_t value);
 
 // The text after the last "\" (or "/"); the whole path when there is none.
 std::string FileNameOf(std::string_view path);
-// The text up to and including the last "\" (or "/"); "" when there is none.
-std::string FolderOf(std::string_view path);
 
 // Upper-cased copy, ASCII letters only: enough to find the ASCII markers of file
 // names ("QLT830_", ".CLUT", ".LOCK") whatever their case.
@@ -30,12 +28,8 @@ std::string UpperAscii(std::string_view text);
 bool EqualsIgnoreCase(Platform& platform, std::string_view a, std::string_view b);
 
 // Asks the host (host call "create folder") to create a folder the control needs,
-// and reports whether the folder exists afterwards.
+// and reports whether the folder exists afterwards: that decides, not the host's
+// answer (a host may create it and still report a failure).
 bool CreateFolderViaHost(Platform& platform, const std::string& folder);
-
-// True when the folder of `path` (up to its last "\") exists or could be created
-// through the host; false for a path without "\". The folder's existence afterwards
-// decides, not the host's answer: a host may create it and still report a failure.
-bool EnsureFolderOf(Platform& platform, std::string_view path);
 
 }  // namespace tq
