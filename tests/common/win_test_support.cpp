@@ -47,22 +47,6 @@ std::string BuildFolder() {
   return bin.substr(0, bin.rfind('\\') + 1);
 }
 
-void CopyTree(const std::string& from, const std::string& to) {
-  CreateDirectoryW(W(to).c_str(), nullptr);
-  WIN32_FIND_DATAW data;
-  HANDLE find = FindFirstFileW(W(from + "*").c_str(), &data);
-  if (find == INVALID_HANDLE_VALUE) return;
-  do {
-    const std::string name = U8(data.cFileName);
-    if (name == "." || name == "..") continue;
-    if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-      CopyTree(from + name + "\\", to + name + "\\");
-    else
-      CopyFileW(W(from + name).c_str(), W(to + name).c_str(), FALSE);
-  } while (FindNextFileW(find, &data));
-  FindClose(find);
-}
-
 RegistryValue::RegistryValue(const std::string& subkey, const std::string& name, DWORD type, const void* data,
                              DWORD size, REGSAM view)
     : subkey_(W(subkey)), view_(view) {

@@ -23,7 +23,6 @@ std::string ExeFolder();
 // The build folder (parent of bin), with trailing "\".
 std::string BuildFolder();
 
-void CopyTree(const std::string& from, const std::string& to);  // folders with trailing "\"
 
 // The test helper executable as a second process. The helper signals readiness by
 // setting the event named in its first argument.

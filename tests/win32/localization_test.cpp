@@ -2,6 +2,8 @@
 // a thread of its own, because the loaded library is per thread, as in the control.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <thread>
 
 #include "common/win_test_support.h"
@@ -36,7 +38,8 @@ TEST(Localization, LibraryOfTheLanguageThenEnglishThenTheBuiltInTable) {
   };
   for (const auto& c : cases) {
     test::ScratchFolder t;
-    for (const auto& [from, code] : c.libraries) test::CopyTree(from + code + "\\", t.path() + code + "\\");
+    for (const auto& [from, code] : c.libraries)
+      std::filesystem::copy(test::W(from + code), test::W(t / code), std::filesystem::copy_options::recursive);
     // Unfiltered, XX\..\XX would load t\XX\ColorSettingTool_XX\..\XX.dll, that is t\XX\XX.dll.
     CopyFileW(test::W(t / "XX\\ColorSettingTool_XX.dll").c_str(), test::W(t / "XX\\XX.dll").c_str(), FALSE);
     CreateDirectoryW(test::W(t / "ZZ").c_str(), nullptr);
