@@ -52,21 +52,6 @@ TEST_F(EditorCommands, SchemesSwitchSaveAsAndDeleteThroughTheirControlsAndDialog
   EXPECT_TRUE(d.Called(L"HostFileNotice|Night.clut"));
 }
 
-TEST_F(EditorCommands, TheListHoldsFiftySchemesAndSaveAsThenSaysThereIsNoRoom) {
-  Display d;
-  d.before_show = [&] {
-    for (int i = 0; i < 50; ++i)
-      CopyFileW(W(Table()).c_str(), W(Scheme("s" + std::to_string(100 + i) + ".clut")).c_str(), TRUE);
-  };
-  Play(d, {
-      Do([](HWND e) { EXPECT_EQ(SendMessageW(Item(e, ids::kSchemeCombo), CB_GETCOUNT, 0, 0), 50); }),
-      Press(ids::kSaveAsButton),
-      Answer(Str(1320), IDOK),
-      Press(ids::kCancel),
-  });
-  EXPECT_EQ(d.results, std::vector<bool>{false});
-}
-
 TEST_F(EditorCommands, MoreOpensUnderItsButtonAndExportImportAndRestoreDefaultsWork) {
   ScratchFolder folder;
   const std::string ini = folder / "colors.ini";

@@ -72,10 +72,7 @@ STDMETHODIMP DisplayHost::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, V
   VariantClear(status);
   VariantClear(value);
   *status = Number(0);
-  if (expression.rfind(L"#return network_topology_manager", 0) == 0 && junk) {  // a vector of the wrong shape
-    value->vt = VT_BSTR;
-    value->bstrVal = SysAllocString(L"LEVELS?");
-  } else if (expression.rfind(L"#return network_topology_manager", 0) == 0) {
+  if (expression.rfind(L"#return network_topology_manager", 0) == 0) {
     Vector(*value, 3);
     Vector(Element(*value, 3), levels);
     for (int k = 1; k <= levels; ++k) Element(Element(*value, 3), k) = Number(400 - 10 * k);
@@ -143,7 +140,6 @@ void EditorWindow::Run(Display& d, const std::function<void()>& drive) {
     started.set_value();
     DisplayHost listcomm;
     listcomm.levels = d.levels;
-    listcomm.junk = d.junk_levels;
     {
       ComPtr<IDispatch> control = test::CreateControl();
       auto set = [&](ArgList& args) {
@@ -160,7 +156,7 @@ void EditorWindow::Run(Display& d, const std::function<void()>& drive) {
       set(context[6].Str(L"Pipeline").I2(d.pipeline ? -1 : 0));
       set(context[7].Str(L"hwndParentView").I4(owner_value));
       set(context[8].Str(L"ListCommRef").Object(&listcomm));
-      if (d.initialize) set(context[9].Str(L"Initialize").Str(L"ColorScheme"));
+      set(context[9].Str(L"Initialize").Str(L"ColorScheme"));
       if (d.before_show) d.before_show();
       if (d.with_control) d.with_control(control.Get());
       for (int i = 0; i < d.shows; ++i) {
@@ -178,7 +174,6 @@ void EditorWindow::Run(Display& d, const std::function<void()>& drive) {
         VariantClear(&result);
         ++d.returned;
       }
-      if (d.after_shows) d.after_shows();
       d.owner_enabled_after = IsWindowEnabled(owner);
     }
     d.calls = listcomm.calls;

@@ -35,12 +35,11 @@ using tq::ParseClutLine;
 using tq::SplitClutLines;
 namespace ids = tq::win::editor_ids;
 
-// The process display's list-communication object: reports `levels` voltage levels
-// (or junk), makes the folders asked for, notes every call as "Member|arg|arg".
+// The process display's list-communication object: reports `levels` voltage levels,
+// makes the folders asked for, notes every call as "Member|arg|arg".
 class DisplayHost final : public test::HostDispatch {
  public:
   int levels = 4;
-  bool junk = false;
   std::vector<std::wstring> calls;
   STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*, UINT*) override;
 };
@@ -50,9 +49,8 @@ struct Display {
   // Context.
   std::wstring language = L"EN";
   short level = 2;
-  bool pipeline = false, initialize = true, topmost = false, stale_owner = false;
+  bool pipeline = false, topmost = false, stale_owner = false;
   int levels = 4;
-  bool junk_levels = false;
   // The call.
   const wchar_t* tab_name = nullptr;  // Show2 when set
   short tab = 0, category = 0;
@@ -62,7 +60,6 @@ struct Display {
   std::function<void()> before_show;  // on the display's thread, after "Initialize"
   std::function<void()> between_shows;  // on the display's thread, before each Show after the first
   std::function<void(IDispatch*)> with_control;  // the same, with the control (events)
-  std::function<void()> after_shows;  // on the display's thread, while the control still lives
   // Seen.
   std::atomic<int> returned{0};  // Show calls that have returned
   std::vector<bool> results;

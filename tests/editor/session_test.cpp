@@ -431,6 +431,16 @@ TEST_F(Session, SaveAsCopiesRenamesOverwritesOnlyWhenAskedAndRefusesNamesOutside
   EXPECT_EQ(names, (std::vector<std::string>{"Night.2", "Night.clut", "QLT830_colors$clut", "QLT830_colors.clut",
                                              "held.clut"}));  // the failed Save As made nothing
   EXPECT_TRUE(outside.empty() || outside == std::vector<std::string>{"FrameWindow.ini"});
+  // Fifty schemes fill the list: Save As says so and asks for no name.
+  for (int i = 0; i < 47; ++i) ASSERT_TRUE(p.CopyFileTo(colors, Scheme("s" + std::to_string(100 + i) + ".clut"), false));
+  p.answers = {kIdOk};
+  Edit([&](frmTqColorSetting& f) {
+    editor.asked = {};
+    f.cmdSave_Click();
+    EXPECT_EQ(p.prompts.back().text, GetString(1320));
+    EXPECT_EQ(editor.asked.proposed_name, "");
+    f.cmdCancel_Click();
+  });
 }
 
 TEST_F(Session, DeleteSelectsTheNeighbourRemovesTheFileItselfWhenTheHostDidNotAndSparesFactoryTables) {
