@@ -92,26 +92,6 @@ bool Display::Called(const std::wstring& call) const {
   return std::find(calls.begin(), calls.end(), call) != calls.end();
 }
 
-Step Press(int id) { return {Step::Kind::Press, id}; }
-Step Keys(std::vector<WORD> keys) { return {.kind = Step::Kind::Keys, .keys = std::move(keys)}; }
-Step Answer(const std::wstring& text, int button) { return {Step::Kind::Answer, button, text}; }
-Step Answer(const std::string& utf8, int button) { return Answer(W(utf8), button); }
-Step Pick(int row, std::optional<COLORREF> colour, const std::wstring& starts_from) {
-  return {Step::Kind::Pick, row, starts_from, colour};
-}
-Step Name(const std::string& name) { return {Step::Kind::Name, 0, W(name)}; }
-Step Menu(char key) { return {Step::Kind::Menu, key}; }
-Step Tab(int position) { return {Step::Kind::Tab, position}; }
-Step Choose(int id, int index) { return {.kind = Step::Kind::Choose, .id = id, .position = index}; }
-Step ExpectText(int id, const std::wstring& text) { return {Step::Kind::ExpectText, id, text}; }
-Step ExpectLine(const std::string& file, const std::string& text) {
-  return {.kind = Step::Kind::ExpectLine, .text = W(text), .file = file};
-}
-Step ExpectColour(const std::string& file, int index, std::int32_t colour) {
-  return {.kind = Step::Kind::ExpectColour, .id = index, .colour = static_cast<COLORREF>(colour), .file = file};
-}
-Step Do(std::function<void(HWND)> act) { return {.kind = Step::Kind::Do, .act = std::move(act)}; }
-
 std::wstring Str(int id) { return W(tq::GetString(id)); }
 
 void EditorWindow::SetUp() {

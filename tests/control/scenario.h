@@ -84,28 +84,33 @@ struct Step {
   int position = 0;  // Choose
 };
 // Clicks control `id` of the front window.
-Step Press(int id);
+inline Step Press(int id) { return {Step::Kind::Press, id}; }
 // Keys pressed together and released, typed into the editor.
-Step Keys(std::vector<WORD> keys);
+inline Step Keys(std::vector<WORD> keys) { return {.kind = Step::Kind::Keys, .keys = std::move(keys)}; }
 // Waits for a dialog whose title or text contains `text` and presses its `button` (0: none).
-Step Answer(const std::wstring& text, int button);
-Step Answer(const std::string& utf8, int button);
+inline Step Answer(const std::wstring& text, int button) { return {Step::Kind::Answer, button, text}; }
 // Clicks the colour button of `row` and sets the colour dialog to `colour` (nullopt:
 // Cancel; row -1: the dialog is open already); `starts_from`, when given, is the "(r, g, b)" the dialog must open with.
-Step Pick(int row, std::optional<COLORREF> colour, const std::wstring& starts_from = L"");
+inline Step Pick(int row, std::optional<COLORREF> colour, const std::wstring& starts_from = L"") {
+  return {Step::Kind::Pick, row, starts_from, colour};
+}
 // Types `name` into the front dialog's name field, then OK.
-Step Name(const std::string& name);
+inline Step Name(const std::string& name) { return {Step::Kind::Name, 0, W(name)}; }
 // Opens More and types the access key of one of its items.
-Step Menu(char key);
-Step Tab(int position);
+inline Step Menu(char key) { return {Step::Kind::Menu, key}; }
+inline Step Tab(int position) { return {Step::Kind::Tab, position}; }
 // Selects position `index` of list `id` as the user does (the list tells its parent).
-Step Choose(int id, int index);
-Step ExpectText(int id, const std::wstring& text);
+inline Step Choose(int id, int index) { return {.kind = Step::Kind::Choose, .id = id, .position = index}; }
+inline Step ExpectText(int id, const std::wstring& text) { return {Step::Kind::ExpectText, id, text}; }
 // Some line of `file` contains `text`.
-Step ExpectLine(const std::string& file, const std::string& text);
+inline Step ExpectLine(const std::string& file, const std::string& text) {
+  return {.kind = Step::Kind::ExpectLine, .text = W(text), .file = file};
+}
 // Colour table `file` has `colour` (0x00BBGGRR) at `index`.
-Step ExpectColour(const std::string& file, int index, std::int32_t colour);
-Step Do(std::function<void(HWND)> act);
+inline Step ExpectColour(const std::string& file, int index, std::int32_t colour) {
+  return {.kind = Step::Kind::ExpectColour, .id = index, .colour = static_cast<COLORREF>(colour), .file = file};
+}
+inline Step Do(std::function<void(HWND)> act) { return {.kind = Step::Kind::Do, .act = std::move(act)}; }
 
 // A text of the string table, as the window shows it.
 std::wstring Str(int id);
