@@ -11,13 +11,6 @@ using namespace editor_test;
 
 class EditorChecks : public EditorWindow {
  protected:
-  // Opens More > Check Colors... and returns the window once idle.
-  static HWND OpenChecks(const Display& d, HWND editor) {
-    PostMessageW(editor, WM_COMMAND, ids::kCheckColorsItem, 0);
-    HWND found = WaitForWindow([](HWND hwnd) { return HasClass(hwnd, ids::kCheckClass); }, d.thread);
-    if (found) Idle(found);
-    return found;
-  }
   static std::wstring Cell(HWND list, int item, int column) {
     wchar_t text[256] = L"";
     LVITEMW lv{};
@@ -77,8 +70,10 @@ TEST_F(EditorChecks, AMarkerFollowsItsFindingAndTheCheckWindowLeadsToTheRowAndSi
       Pick(121, red),
       Do([&](HWND e) { EXPECT_EQ(Swatch(e, 121, red), red); }),
       Do([&](HWND e) {
-        w = OpenChecks(d, e);
+        PostMessageW(e, WM_COMMAND, ids::kCheckColorsItem, 0);  // More > Check Colors...
+        w = WaitForWindow([](HWND hwnd) { return HasClass(hwnd, ids::kCheckClass); }, d.thread);
         ASSERT_TRUE(w);
+        Idle(w);
         EXPECT_EQ(Text(w, ids::kChecksSummary), L"48 findings in 7 rules");  // the classic scheme's 47 and this one
         HWND list = Item(w, ids::kFindingsList);
         // Clicks the first finding of `colours`, as the user does, `clicks` times; waits
