@@ -192,11 +192,7 @@ void CheckUi::DpiChanged() {
   if (!window_) return;
   // Its controls hold the editor's fonts, which are gone now.
   const bool had_focus = GetFocus() && IsChild(window_, GetFocus());
-  for (HWND child = GetWindow(window_, GW_CHILD); child;) {
-    HWND next = GetWindow(child, GW_HWNDNEXT);
-    DestroyWindow(child);
-    child = next;
-  }
+  DestroyChildren(window_);
   shown_findings_.clear();
   CreateChildren();
   FillFindings();

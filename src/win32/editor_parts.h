@@ -76,6 +76,15 @@ inline WNDCLASSEXW DialogLikeClass(WNDPROC procedure, const wchar_t* name) {
   return c;
 }
 
+// Destroys a window's children, for controls made again (another DPI).
+inline void DestroyChildren(HWND parent) {
+  for (HWND child = GetWindow(parent, GW_CHILD); child;) {
+    HWND next = GetWindow(child, GW_HWNDNEXT);
+    DestroyWindow(child);
+    child = next;
+  }
+}
+
 // A row's colour as the screen paints it: the system's button face stands for itself.
 COLORREF Resolve(std::int32_t colour);
 

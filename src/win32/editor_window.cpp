@@ -205,11 +205,7 @@ void EditorWindow::MakeFonts() {
 void EditorWindow::OnDpiChanged(int dpi, const RECT& suggested) {
   if (!session_ || dpi <= 0 || dpi == dpi_) return;
   const bool had_focus = GetFocus() && IsChild(hwnd_, GetFocus());
-  for (HWND child = GetWindow(hwnd_, GW_CHILD); child;) {
-    HWND next = GetWindow(child, GW_HWNDNEXT);
-    DestroyWindow(child);
-    child = next;
-  }
+  DestroyChildren(hwnd_);
   DestroyWindow(tooltip_);
   ForgetControls();
   checks_->ForgetMarkers();
