@@ -92,12 +92,9 @@ TEST_F(EditorComforts, ClipboardEnterValueAndUndoAcrossAnImport) {
   const std::pair<const wchar_t*, const wchar_t*> pastes[] = {
       {L"#0A141E", L"(10, 20, 30)"}, {L"281e32", L"(40, 30, 50)"}, {L" 40, 50, 60 ", L"(40, 50, 60)"},
       {L"70 80 90", L"(70, 80, 90)"}, {L"junk", L"(70, 80, 90)"}};
-  for (const auto& [text, shown] : pastes) {
-    steps.push_back(PutText(text));
-    steps.push_back(Keys({VK_CONTROL, 'V'}));
-    steps.push_back(ExpectText(ids::kRgbLabel + kRow, shown));
-  }
-  const std::vector<Step> rest{
+  for (const auto& [text, shown] : pastes)
+    steps.insert(steps.end(), {PutText(text), Keys({VK_CONTROL, 'V'}), ExpectText(ids::kRgbLabel + kRow, shown)});
+  steps.insert(steps.end(), {
       // Enter Value from the menu of Shift+F10, typed with Shift let go before F10: OK
       // only for a colour.
       ContextMenu(d, [](HWND e) {
@@ -134,8 +131,7 @@ TEST_F(EditorComforts, ClipboardEnterValueAndUndoAcrossAnImport) {
       ExpectText(ids::kRgbLabel + kRow, L"(1, 2, 3)"),
       ExpectText(ids::kRgbLabel + 0, L"(4, 5, 6)"),
       Press(ids::kCancel),
-  };
-  steps.insert(steps.end(), rest.begin(), rest.end());
+  });
   Play(d, steps);
   EXPECT_EQ(copied, loaded_hex);
   EXPECT_EQ(items, (std::vector<std::wstring>{L"&" + Str(1620), L"&" + Str(1621), L"&" + Str(1622), L"&" + Str(1623),
