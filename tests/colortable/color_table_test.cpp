@@ -93,7 +93,6 @@ TEST_F(ColorTableFiles, SaveWritesRowStatesAndUnreadableRowsTakeTheColourBefore)
 TEST_F(ColorTableFiles, UnlockedFileIsWrittenOnlyWhenTheUserSaysYes) {
   ASSERT_TRUE(p.RemoveFile(state.ClutFileName + ".lock"));
   const std::string before = Read(state.ClutFileName);
-  state.rows.fill({RowColour::Kind::Colour, 0});
   p.answers = {kIdNo, kIdYes};
   EXPECT_FALSE(SaveColorTable(p, texts, state));
   EXPECT_EQ(Read(state.ClutFileName), before);
@@ -106,7 +105,6 @@ TEST_F(ColorTableFiles, UnlockedFileIsWrittenOnlyWhenTheUserSaysYes) {
 
 TEST_F(ColorTableFiles, AFailureAtAnyStepOfTheSaveLeavesTheOldFileWhole) {
   const std::string before = Read(state.ClutFileName);
-  state.rows.fill({RowColour::Kind::Colour, 0});
   for (const char* step : {"ReadFile", "WriteNewFile", "MoveReplace"}) {
     SCOPED_TRACE(step);
     p.prompts.clear();
@@ -126,7 +124,6 @@ TEST_F(ColorTableFiles, AFailureAtAnyStepOfTheSaveLeavesTheOldFileWhole) {
 
 // A save replaces the content only: the file keeps what makes it that file.
 TEST_F(ColorTableFiles, ASaveKeepsTheFilesAttributesPermissionsAndLinks) {
-  state.rows.fill({RowColour::Kind::Colour, 0x0000FF});
   const std::string before = Read(state.ClutFileName);
 #ifdef _WIN32
   const char* path = state.ClutFileName.c_str();

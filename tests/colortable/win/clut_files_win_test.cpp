@@ -19,7 +19,6 @@ class ClutWin : public test::ClutFolder {
  protected:
   void SetUp() override {
     ClutFolder::SetUp();
-    state.rows.fill({RowColour::Kind::Colour, 0x102030});
     p.CreateFolder(app / "ColorSchemes");
     SetColorSchemeFolder(module, app / "ColorSchemes");
     for (const char* name : {"QLT830_a.clut", "QLT830_b.clut", "QLT830_colors.clut"})
@@ -31,6 +30,8 @@ class ClutWin : public test::ClutFolder {
     Write(file, "[COLORSCHEMES]\r\nClutFile=" + value + "\r\n");
   }
   void ExpectWriteRefused(const std::string& before) {
+    p.prompts.clear();
+    p.answers = {kIdOk};
     EXPECT_FALSE(SaveColorTable(p, texts, state));
     EXPECT_EQ(Read(state.ClutFileName), before);
     EXPECT_TRUE(NoTempFiles());
@@ -48,7 +49,6 @@ class ClutWin : public test::ClutFolder {
 TEST_F(ClutWin, AReadOnlyFileOrOneHeldOpenElsewhereIsNotReplacedAndTheUserIsTold) {
   const std::string before = Read(state.ClutFileName);
   ASSERT_TRUE(p.SetAttributes(state.ClutFileName, kAttrReadOnly));
-  p.answers = {kIdOk};
   ExpectWriteRefused(before);
   p.SetAttributes(state.ClutFileName, kAttrNormal);
 
@@ -56,11 +56,8 @@ TEST_F(ClutWin, AReadOnlyFileOrOneHeldOpenElsewhereIsNotReplacedAndTheUserIsTold
   HANDLE holder = CreateFileW(test::W(state.ClutFileName).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                               nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   ASSERT_NE(holder, INVALID_HANDLE_VALUE);
-  p.prompts.clear();
-  p.answers = {kIdOk};
   ExpectWriteRefused(before);
   CloseHandle(holder);
-  p.prompts.clear();
   EXPECT_TRUE(SaveColorTable(p, texts, state));  // the same save goes through once it is closed
   EXPECT_NE(Read(state.ClutFileName), before);
 }
@@ -132,16 +129,12 @@ TEST_F(ClutWin, SavesWhileAnotherProcessWritesTheSameFileLoseNoUpdate) {
   for (int i = 0; i < 60; ++i) EXPECT_EQ(p.IniRead("Other", "Key" + std::to_string(i), ini), std::to_string(i)) << i;
 }
 
-TEST_F(ClutWin, InitColorSchemesSynchronisesAndResolvesTheTable) {
-  test::ScratchFolder home;
-  p.CreateFolder(home / "etc");
-  Write(home / "etc\\QLT830_global.clut", test::SourceFile("data/QLT830_colors.clut"));
-  const auto value = test::RegistryValue::DVHome(home.path().substr(0, home.path().size() - 1));
-  Ini(app / "FrameWindow.ini", "QLT830_global.clut");
-  ColorSchemeModule fresh;
-  EXPECT_EQ(InitColorSchemes(p, texts, fresh, state, app.path(), user.path(), ""), schemes() + "QLT830_global.clut");
-  EXPECT_TRUE(EqualsIgnoreCase(p, state.ClutFileName, schemes() + "QLT830_global.clut"));
-  EXPECT_EQ(InitColorSchemes(p, texts, fresh, state, app.path(), user.path(), "given.clut"), "given.clut");
+TEST_F(ClutWin, InitColorSchemesTakesTheTableOfTheSettingsOrTheOneGiven) {
+  const auto value = test::RegistryValue::DVHome(app / "toolkit");  // no tables to synchronise: the session's test
+  Ini(app / "FrameWindow.ini", "QLT830_b.clut");
+  EXPECT_EQ(InitColorSchemes(p, texts, module, state, app.path(), user.path(), ""), schemes() + "QLT830_b.clut");
+  EXPECT_TRUE(EqualsIgnoreCase(p, state.ClutFileName, schemes() + "QLT830_b.clut"));
+  EXPECT_EQ(InitColorSchemes(p, texts, module, state, app.path(), user.path(), "given.clut"), "given.clut");
   EXPECT_EQ(state.ClutFileName, "given.clut");  // missing: stored as given
   EXPECT_FALSE(state.ClutError);
 }
