@@ -61,12 +61,11 @@ TEST(EditorChecks, AChangeRechecksOnlyTheRulesOfItsIndexAndAgreesWithTheWholeTab
     const std::vector<int> changed = checks.Change(step.index, step.colour);
     EXPECT_EQ(Lines(checks.Failed()), FullCheck(colours));
     std::set<int> expected = before;
-    for (const Finding* f : checks.Failed()) {
-      if (others.count(f)) continue;
-      expected.insert(f->indexes.begin(), f->indexes.end());
-    }
     std::size_t kept = 0;
-    for (const Finding* f : checks.Failed()) kept += others.count(f);
+    for (const Finding* f : checks.Failed()) {
+      if (others.count(f)) ++kept;
+      else expected.insert(f->indexes.begin(), f->indexes.end());
+    }
     EXPECT_EQ(kept, others.size());
     EXPECT_EQ(std::set<int>(changed.begin(), changed.end()), expected);
   }
