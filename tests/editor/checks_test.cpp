@@ -61,12 +61,11 @@ TEST(EditorChecks, AChangeRechecksOnlyTheRulesOfItsIndexAndAgreesWithTheWholeTab
     const std::vector<int> changed = checks.Change(step.index, step.colour);
     EXPECT_EQ(Lines(checks.Failed()), FullCheck(colours));
     std::set<int> expected = before;
-    for (const Finding* f : checks.Failed()) {
-      if (others.count(f)) continue;
-      expected.insert(f->indexes.begin(), f->indexes.end());
-    }
     std::size_t kept = 0;
-    for (const Finding* f : checks.Failed()) kept += others.count(f);
+    for (const Finding* f : checks.Failed()) {
+      if (others.count(f)) ++kept;
+      else expected.insert(f->indexes.begin(), f->indexes.end());
+    }
     EXPECT_EQ(kept, others.size());
     EXPECT_EQ(std::set<int>(changed.begin(), changed.end()), expected);
   }
@@ -83,18 +82,9 @@ TEST(EditorChecks, ARowSaysWhatItFailsWithOncePerOtherColour) {
   const IndexName name = [](int index) { return "C" + std::to_string(index); };
   EXPECT_EQ(DescribeFindingsOf(english, checks, 258, name), "");
 
-  checks.Change(258, colours[256]);  // the alarm list text onto its background
-  EXPECT_EQ(DescribeFindingsOf(english, checks, 256, name), "Too little contrast with C258 (1:1, needs 4.5:1)");
-
   // The same pair failing under normal vision and the simulations reads once.
   checks.Change(46, colours[45]);
   EXPECT_EQ(DescribeFindingsOf(english, checks, 46, name).rfind("Hard to tell from C45 (\xCE\x94" "E 0, needs 10)", 0), 0u)
-      << DescribeFindingsOf(english, checks, 46, name);
-  // A red and the red a deuteranope sees: apart for normal vision only.
-  const std::int32_t red = 0x0000FF;
-  checks.Change(45, red);
-  checks.Change(46, quality::Simulate(red, quality::Vision::Deuteranopia));
-  EXPECT_NE(DescribeFindingsOf(english, checks, 46, name).find("Hard to tell from C45 for deuteranopia"), std::string::npos)
       << DescribeFindingsOf(english, checks, 46, name);
   checks.Change(30, kClutNotDefined);
   EXPECT_EQ(DescribeFindingsOf(english, checks, 30, name), "Cannot be checked: the color is not defined");

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <sstream>
 
 #include "colortable/clut_format.h"
@@ -233,11 +234,7 @@ TEST_F(Tqclut, CheckReportsJunkTablesLineByLineAndNeverFails) {
 }
 
 TEST_F(Tqclut, FoldersGiveOneLinePerTableAndASummaryAndTheWorstExitCode) {
-#ifdef _WIN32
-  const std::string sep = "\\";
-#else
-  const std::string sep = "/";
-#endif
+  const std::string sep(1, static_cast<char>(std::filesystem::path::preferred_separator));
   const std::string root = dir_.path().substr(0, dir_.path().size() - 1);
   for (const char* folder : {"st1", "st1\\sub", "st1\\x.clut", "st2"}) ASSERT_TRUE(p_.CreateFolder(dir_ / folder));
   Write("st1\\a.clut", SourceFile("data/QLT830_highperformance.clut"));
