@@ -78,11 +78,8 @@ inline WNDCLASSEXW DialogLikeClass(WNDPROC procedure, const wchar_t* name) {
 
 // Destroys a window's children, for controls made again (another DPI).
 inline void DestroyChildren(HWND parent) {
-  for (HWND child = GetWindow(parent, GW_CHILD); child;) {
-    HWND next = GetWindow(child, GW_HWNDNEXT);
-    DestroyWindow(child);
-    child = next;
-  }
+  while (HWND child = FindWindowExW(parent, nullptr, nullptr, nullptr))
+    if (!DestroyWindow(child)) break;
 }
 
 // A row's colour as the screen paints it: the system's button face stands for itself.
