@@ -7,13 +7,20 @@
 #include <numbers>
 #include <utility>
 
-
 namespace tq::quality {
 
 namespace {
 
 constexpr double kDegrees = 180.0 / std::numbers::pi;
 
+// Multiplied out: pow is slow in some C runtimes, and the rules measure thousands of pairs.
+double Pow7(double x) {
+  const double x2 = x * x;
+  return x2 * x2 * x2 * x;
+}
+constexpr double k25Pow7 = 6103515625.0;
+
+double ContrastOfLuminances(double a, double b) { return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05); }
 
 double ToByte(double encoded) { return std::round(std::clamp(encoded, 0.0, 1.0) * 255.0); }
 
@@ -95,10 +102,6 @@ double RelativeLuminance(std::int32_t colour) {
   return 0.2126 * c.r + 0.7152 * c.g + 0.0722 * c.b;
 }
 
-namespace {
-double ContrastOfLuminances(double a, double b) { return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05); }
-}  // namespace
-
 double ContrastRatio(std::int32_t first, std::int32_t second) {
   return ContrastOfLuminances(RelativeLuminance(first), RelativeLuminance(second));
 }
@@ -110,15 +113,6 @@ Lab ToLab(std::int32_t colour) {
   const double fx = LabF(xyz[0] / white[0]), fy = LabF(xyz[1] / white[1]), fz = LabF(xyz[2] / white[2]);
   return {116 * fy - 16, 500 * (fx - fy), 200 * (fy - fz)};
 }
-
-namespace {
-// Multiplied out: pow is slow in some C runtimes, and the rules measure thousands of pairs.
-double Pow7(double x) {
-  const double x2 = x * x;
-  return x2 * x2 * x2 * x;
-}
-constexpr double k25Pow7 = 6103515625.0;
-}  // namespace
 
 double Ciede2000(const Lab& first, const Lab& second) {
   const double c_mean = (std::hypot(first.a, first.b) + std::hypot(second.a, second.b)) / 2;

@@ -189,8 +189,8 @@ void CheckUi::ForgetMarkers() {
 }
 
 void CheckUi::DpiChanged() {
+  ForgetMarkers();
   if (!window_) return;
-  // Its controls hold the editor's fonts, which are gone now.
   const bool had_focus = GetFocus() && IsChild(window_, GetFocus());
   DestroyChildren(window_);
   shown_findings_.clear();

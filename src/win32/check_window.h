@@ -50,9 +50,9 @@ class CheckUi {
   // The editor's window is gone or hidden: the check window closes, vision is normal,
   // and the markers' handles (children of the editor) are forgotten when `destroyed`.
   void EditorClosing(bool destroyed);
-  // The editor's controls were made again (another DPI): the markers went with them.
-  void ForgetMarkers();
-  // The editor remade its controls and fonts at another DPI: the open window does too.
+  // The editor makes its fonts and controls again at another DPI (its fonts are made,
+  // its controls not yet): the markers go with the old controls, and the open window,
+  // whose controls hold the old fonts, makes its own again.
   void DpiChanged();
 
   // The frame's paint: the markers of its rows (their windows paint nothing).
@@ -70,6 +70,7 @@ class CheckUi {
   std::wstring TitleSuffix() const;
 
  private:
+  void ForgetMarkers();
   static LRESULT CALLBACK WindowProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam);
   static LRESULT CALLBACK MarkerProc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR id,
                                      DWORD_PTR self);

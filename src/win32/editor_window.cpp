@@ -208,14 +208,13 @@ void EditorWindow::OnDpiChanged(int dpi, const RECT& suggested) {
   DestroyChildren(hwnd_);
   DestroyWindow(tooltip_);
   ForgetControls();
-  checks_->ForgetMarkers();
   dpi_ = dpi;
   MakeFonts();
+  checks_->DpiChanged();
   CreateControls();
   FillSchemeList();
   ApplyEnablement();
   ApplySelection();
-  checks_->DpiChanged();
   SetWindowPos(hwnd_, nullptr, suggested.left, suggested.top, 0, 0, SWP_NOZORDER | SWP_NOSIZE | SWP_NOACTIVATE);
   if (had_focus) SetFocus(tabs_);
 }
